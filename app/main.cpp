@@ -1,0 +1,127 @@
+// The command line: options, choice of the one operation, report file and exit status.
+
+#include "app/processsetup.h"
+#include "core/updatermanager.h"
+#include "fs/disk.h"
+
+#include <QCommandLineOption>
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QFile>
+
+#include <array>
+
+namespace {
+
+const QLatin1String updateFirmware("update-firmware");
+const QLatin1String restoreBackup("restore-backup");
+const QLatin1String makeBackup("make-backup");
+const QLatin1String noStatistics("no-statistics");
+const QLatin1String root("root");
+const QLatin1String report("report");
+const QLatin1String removeConfiguration("remove-configuration");
+const QLatin1String verbose("verbose");
+
+void addOptions(QCommandLineParser &parser)
+{
+    const auto option = [](QLatin1String name, const char *description, const char *valueName = "",
+                           const char *defaultValue = "") {
+        return QCommandLineOption(name, QLatin1String(description), QLatin1String(valueName),
+                                  QLatin1String(defaultValue));
+    };
+    parser.addOptions({
+        option(updateFirmware, "Update firmware from archive at <archive_path>", "archive_path"),
+        option(restoreBackup, "Restore backup from archive at <archive_path>", "archive_path"),
+        option(makeBackup, "Make backup and save it at <archive_path>", "archive_path"),
+        option(noStatistics, "Do not save statistics when doing backup"),
+        option(root, "Work with <root> as root directory", "root", "/"),
+        option(report, "Save text file with operation log at <report_path>", "report_path"),
+        option(removeConfiguration, "Clear all configuration files"),
+        option(verbose, "Print actions taken step-by-step"),
+    });
+}
+
+/** What one mode option stands for. */
+struct Mode
+{
+    QLatin1String option;
+    /** The first word of the report. */
+    QLatin1String label;
+    bool (*run)(UpdaterManager &manager, const QCommandLineParser &parser);
+};
+
+/** In order of precedence: the first whose option is set is the one that runs. */
+const std::array<Mode, 4> modes = {{
+    {updateFirmware, QLatin1String("UPDATE"),
+     [](UpdaterManager &manager, const QCommandLineParser &parser) {
+         return manager.updateFirmware(parser.value(updateFirmware));
+     }},
+    {restoreBackup, QLatin1String("RESTORE"),
+     [](UpdaterManager &manager, const QCommandLineParser &parser) {
+         return manager.restoreBackup(parser.value(restoreBackup));
+     }},
+    {makeBackup, QLatin1String("BACKUP"),
+     [](UpdaterManager &manager, const QCommandLineParser &parser) {
+         return manager.makeBackup(parser.value(makeBackup), !parser.isSet(noStatistics));
+     }},
+    {removeConfiguration, QLatin1String("CLEANUP"),
+     [](UpdaterManager &manager, const QCommandLineParser & /*parser*/) {
+         return manager.removeConfiguration();
+     }},
+}};
+
+const Mode *chosenMode(const QCommandLineParser &parser)
+{
+    for (const Mode &mode : modes)
+        if (parser.isSet(mode.option))
+            return &mode;
+    return nullptr;
+}
+
+/**
+ * Saves the log under its heading and puts it on the disk. A report that cannot be saved is not
+ * told: the exit status speaks of the operation alone.
+ */
+void writeReport(const QString &path, const QString &heading, const QStringList &log)
+{
+    const QStringList lines = QStringList(heading) + log;
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return;
+    file.write(lines.join(QLatin1Char('\n')).toUtf8());
+    file.close();
+    Disk::flushFile(path);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    ProcessSetup::guardStandardStreams();
+    ProcessSetup::useUtf8FileNames();
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("Ostrel Updater"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("1.0"));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Ostrel embedded device firmware updater and backup manager"));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    addOptions(parser);
+    parser.process(QCoreApplication::arguments());
+
+    UpdaterManager manager(parser.value(root), parser.isSet(verbose), nullptr);
+    const Mode *const mode = chosenMode(parser);
+    if (mode == nullptr)
+        parser.showHelp(0);
+
+    const bool succeeded = mode->run(manager, parser);
+    manager.info() << "Finished";
+    if (parser.isSet(report)) {
+        const QLatin1String outcome(succeeded ? "SUCCESS" : "FAILURE");
+        writeReport(parser.value(report), mode->label + QLatin1Char(' ') + outcome,
+                    manager.getOutputLog());
+    }
+    return succeeded ? 0 : 1;
+}

@@ -1,0 +1,33 @@
+#include "app/processsetup.h"
+
+#include <QByteArray>
+#include <QtGlobal>
+
+#include <clocale>
+#include <csignal>
+#include <cstring>
+#include <initializer_list>
+
+#include <fcntl.h>
+#include <langinfo.h>
+#include <unistd.h>
+
+void ProcessSetup::guardStandardStreams()
+{
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // open() takes the lowest free number, so this very one.
+        if (::fcntl(descriptor, F_GETFD) == -1)
+            ::open("/dev/null", O_RDWR);
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+void ProcessSetup::useUtf8FileNames()
+{
+    std::setlocale(LC_CTYPE, "");
+    if (std::strcmp(::nl_langinfo(CODESET), "UTF-8") == 0)
+        return;
+    // LC_ALL goes before the others where it is set, and only there does it need a new value.
+    qputenv(qEnvironmentVariableIsEmpty("LC_ALL") ? "LC_CTYPE" : "LC_ALL",
+            QByteArrayLiteral("C.UTF-8"));
+}

@@ -1,0 +1,37 @@
+#include "core/signals.h"
+
+#include <csignal>
+#include <initializer_list>
+
+#include <unistd.h>
+
+namespace {
+
+// Written before the only thread forks, read in the children.
+bool heldBack = false;
+
+} // namespace
+
+void Signals::holdBack()
+{
+    sigset_t ending;
+    sigemptyset(&ending);
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP})
+        sigaddset(&ending, number);
+    sigprocmask(SIG_BLOCK, &ending, nullptr);
+    heldBack = true;
+}
+
+void Signals::prepareChild()
+{
+    if (!heldBack)
+        return;
+    setpgid(0, 0);
+    // A SIGTERM that the group received between fork and setpgid is pending: ignoring drops it.
+    std::signal(SIGTERM, SIG_IGN);
+    std::signal(SIGTERM, SIG_DFL);
+    sigset_t termination;
+    sigemptyset(&termination);
+    sigaddset(&termination, SIGTERM);
+    sigprocmask(SIG_UNBLOCK, &termination, nullptr);
+}

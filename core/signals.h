@@ -1,0 +1,22 @@
+// Keeping the signals that end or stop a program away from a change that is under way.
+
+#pragma once
+
+namespace Signals {
+
+/**
+ * Blocks SIGHUP, SIGINT, SIGQUIT, SIGTERM and SIGTSTP until the process ends, for this process
+ * and for the commands that it starts from here on: a program like zip installs handlers of its
+ * own and would die of a signal that is merely ignored.
+ */
+void holdBack();
+
+/**
+ * For a child process before it runs its program. Behind holdBack() it leaves the tool's process
+ * group, so that a signal sent to the group passes it by, and accepts SIGTERM again: that is how
+ * the tool asks a command to end that has run out of time. Without holdBack() it does nothing, so
+ * that Ctrl-C ends tool and command. Async-signal-safe.
+ */
+void prepareChild();
+
+} // namespace Signals

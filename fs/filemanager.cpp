@@ -1,0 +1,79 @@
+#include "fs/filemanager.h"
+
+#include <QCoreApplication>
+#include <QDomDocument>
+#include <QFile>
+#include <QStandardPaths>
+
+#include <algorithm>
+#include <functional>
+
+namespace {
+
+QString commonDataPath()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+           QDir::separator() + QStringLiteral(".ostrelsmart");
+}
+
+} // namespace
+
+FileManager::FileManager(const QString &name, Root root) : directory(QString())
+{
+    if (root == DataRoot)
+        directory.setPath(commonDataPath() + QDir::separator() + name);
+    else if (root == ApplicationRoot)
+        directory.setPath(QCoreApplication::applicationDirPath() + QDir::separator() + name);
+}
+
+QDir FileManager::getDirectory() const { return directory; }
+
+QDir FileManager::getParentDirectory() { return QDir(commonDataPath()); }
+
+void FileManager::createDirectory() const
+{
+    if (directory.exists())
+        return;
+    directory.mkpath(QStringLiteral("."));
+}
+
+bool FileManager::exists(const QString &name) const { return directory.exists(name); }
+
+FileList FileManager::findFiles(const QDir &start, const QStringList &patterns)
+{
+    const QDir base = start;
+    // Only the directories from the start down to the current one: a tree that reaches one
+    // directory by two links holds no cycle, and both ways belong in the list.
+    std::vector<QString> enclosing;
+
+    std::function<FileList(const QDir &, const QStringList &)> recurse;
+    recurse = [&](const QDir &current, const QStringList &namePatterns) {
+        FileList found;
+        const QString canonicalPath = current.canonicalPath();
+        if (std::find(enclosing.cbegin(), enclosing.cend(), canonicalPath) != enclosing.cend())
+            return found;
+        enclosing.push_back(canonicalPath);
+
+        const QStringList subdirectories =
+            current.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::NoSort);
+        const QStringList files = current.entryList(namePatterns, QDir::Files, QDir::NoSort);
+        for (const QString &name : files)
+            found.push_back(base.relativeFilePath(current.absoluteFilePath(name)));
+        for (const QString &name : subdirectories) {
+            const FileList below = recurse(QDir(current.absoluteFilePath(name)), namePatterns);
+            found.insert(found.end(), below.cbegin(), below.cend());
+        }
+
+        enclosing.pop_back();
+        return found;
+    };
+    return recurse(start, patterns);
+}
+
+bool FileManager::readFromFile(QDomDocument *document, const QString &fileName) const
+{
+    QFile file(directory.absoluteFilePath(fileName));
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    return document->setContent(&file);
+}
