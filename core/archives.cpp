@@ -59,21 +59,6 @@ bool hasZipSucceeded(const UpdaterManager &log, const CommandResult &zip,
     return true;
 }
 
-/**
- * zip itself flushes nothing. The archive's directory stands for the archive: zip may have added
- * ".zip" to the name. An archive that is a link elsewhere is rewritten where it leads.
- */
-bool isArchiveOnDisk(const UpdaterManager &log, const QString &archivePath)
-{
-    const QString directory = QFileInfo(archivePath).absolutePath();
-    const std::error_code error = Disk::flushFileSystems({directory, archivePath});
-    if (!error)
-        return true;
-    log.info() << "The archive could not be written to the disk:"
-               << QString::fromStdString(error.message());
-    return false;
-}
-
 } // namespace
 
 bool UpdaterManager::makeBackup(const QString &archivePath, bool withStatistics)
@@ -94,13 +79,23 @@ bool UpdaterManager::makeBackup(const QString &archivePath, bool withStatistics)
         arguments << QStringLiteral("db");
     info() << "Starting zip with arguments:" << arguments;
 
+    // zip itself flushes nothing. The archive's directory stands for the archive, since zip may add
+    // ".zip" to its name; one that is a link elsewhere is rewritten where it leads.
+    const QString archive = QDir(workingDirectory).absoluteFilePath(archivePath);
+    Disk::FileSystems changed;
+    changed.add(QFileInfo(archive).absolutePath());
+    changed.add(archive);
+
     constexpr CommandLimits limits = {0, 120000};
     const CommandResult zip =
         runCommand(QStringLiteral("zip"), arguments, limits, workingDirectory);
     if (!hasZipSucceeded(*this, zip, arguments))
         return false;
-    if (!isArchiveOnDisk(*this, QDir(workingDirectory).absoluteFilePath(archivePath)))
+    if (const std::error_code error = changed.flush()) {
+        info() << "The archive could not be written to the disk:"
+               << QString::fromStdString(error.message());
         return false;
+    }
     info() << "zip finished successfully, created file:" << archivePath;
     return true;
 }

@@ -7,6 +7,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
+
 namespace {
 
 bool logOutcome(const UpdaterManager &log, const char *step, bool succeeded)
@@ -21,24 +23,11 @@ bool makePath(const UpdaterManager &log, const QDir &directory)
     return logOutcome(log, "Making path", directory.mkpath(QStringLiteral(".")));
 }
 
-/** Null when the copy is whole and on the disk; else the reason, with no copy left behind. */
-QString copyOntoDisk(const QString &source, const QString &copy)
-{
-    QFile sourceFile(source);
-    if (!sourceFile.copy(copy))
-        return sourceFile.errorString();
-    const std::error_code error = Disk::flushFile(copy);
-    if (!error)
-        return QString();
-    QFile::remove(copy);
-    return QString::fromStdString(error.message());
-}
-
 bool makeReplacementCopy(const UpdaterManager &log, const QString &source, const QString &copy)
 {
     QFile::remove(copy);
     log.info() << "Copying into" << copy;
-    const QString error = copyOntoDisk(source, copy);
+    const QString error = Disk::copyFile(source, copy);
     if (error.isNull())
         return logOutcome(log, "Copy", true);
     log.info() << "Copy" << QStringLiteral("%1 with error: '%2'").arg(outcomeWord(false), error);
@@ -58,9 +47,12 @@ bool replaceFile(const UpdaterManager &log, const QString &source, const QString
     return logOutcome(log, "Rename", Disk::renameFile(replacementCopy, destination));
 }
 
-bool installFile(const UpdaterManager &log, const QString &source, const QString &destination)
+bool installFile(const UpdaterManager &log, const QString &source, const QString &destination,
+                 Disk::FileSystems &changed)
 {
-    QFileInfo(destination).absoluteDir().mkpath(QStringLiteral("."));
+    const QDir directory = QFileInfo(destination).absoluteDir();
+    directory.mkpath(QStringLiteral("."));
+    changed.add(directory.path());
     log.info() << "Copying" << source << "into" << destination;
     if (QFile::exists(destination))
         return replaceFile(log, source, destination);
@@ -75,19 +67,13 @@ bool UpdaterManager::copyAndReplaceFiles(const QDir &from, const FileList &files
         return false;
 
     // Below the destination, links and mounts may lead to other file systems than its own.
-    QStringList changedDirectories = {to.absolutePath()};
-    bool installed = true;
-    for (const QString &file : files) {
-        const QString destination = to.absoluteFilePath(file);
-        installed = installFile(*this, from.absoluteFilePath(file), destination);
-        const QString directory = QFileInfo(destination).absolutePath();
-        if (directory != changedDirectories.constLast())
-            changedDirectories << directory;
-        if (!installed)
-            break;
-    }
+    Disk::FileSystems changed;
+    changed.add(to.absolutePath());
+    const bool installed = std::all_of(files.cbegin(), files.cend(), [&](const QString &file) {
+        return installFile(*this, from.absoluteFilePath(file), to.absoluteFilePath(file), changed);
+    });
 
-    const std::error_code error = Disk::flushFileSystems(changedDirectories);
+    const std::error_code error = changed.flush();
     if (error)
         info() << "The files could not be written to the disk:"
                << QString::fromStdString(error.message());

@@ -148,10 +148,12 @@ QString safetyBackupPath(const QDir &configDirectory)
 /** Removes whatever of the configuration's directories exists, and that from the disk too. */
 bool removeDirectories(const UpdaterManager &log, const QDir &configDirectory)
 {
+    Disk::FileSystems changed;
+    changed.add(configDirectory.path());
     bool removed = true;
     for (const RestoreGroup &group : restoreGroups())
         removed = QDir(configDirectory.absoluteFilePath(group.name)).removeRecursively() && removed;
-    const std::error_code error = Disk::flushFileSystems({configDirectory.absolutePath()});
+    const std::error_code error = changed.flush();
     if (error)
         log.info() << "The removal could not be written to the disk:"
                    << QString::fromStdString(error.message());

@@ -24,6 +24,9 @@ void Signals::holdBack()
 
 void Signals::prepareChild()
 {
+    // zip announces its end before it removes its temporary file; if the tool is gone by then, the
+    // announcement must not be what kills it.
+    std::signal(SIGPIPE, SIG_IGN);
     if (!heldBack)
         return;
     setpgid(0, 0);

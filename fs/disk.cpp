@@ -4,7 +4,6 @@
 #include <QFileInfo>
 
 #include <cerrno>
-#include <set>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,37 +11,12 @@
 
 namespace {
 
-/** A file or directory opened for reading, so that it can be flushed; closed when it goes. */
-class Descriptor
+std::error_code outcomeOf(int result)
 {
-public:
-    explicit Descriptor(const QString &path)
-        : number(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC))
-    {
-    }
-    ~Descriptor()
-    {
-        if (number >= 0)
-            ::close(number);
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    Descriptor(Descriptor &&) = delete;
-    Descriptor &operator=(Descriptor &&) = delete;
-
-    std::error_code flushWith(int (*flush)(int)) const
-    {
-        if (number >= 0 && flush(number) == 0)
-            return {};
-        // Some file systems cannot flush a directory: then there is nothing of it to flush.
-        if (number >= 0 && errno == EINVAL)
-            return {};
-        return {errno, std::generic_category()};
-    }
-
-private:
-    const int number;
-};
+    if (result == 0)
+        return {};
+    return {errno, std::generic_category()};
+}
 
 /** A QFile whose rename() has no file to fall back on when the system refuses the rename. */
 class RenameOnlyFile : public QFile
@@ -54,28 +28,70 @@ public:
 
 } // namespace
 
-std::error_code Disk::flushFile(const QString &path)
+Disk::Descriptor::Descriptor(const QString &path)
+    : number(::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)),
+      openError(number < 0 ? errno : 0)
 {
-    if (const std::error_code error = Descriptor(path).flushWith(::fsync))
-        return error;
-    return Descriptor(QFileInfo(path).absolutePath()).flushWith(::fsync);
 }
 
-std::error_code Disk::flushFileSystems(const QStringList &paths)
+Disk::Descriptor::~Descriptor()
+{
+    if (number >= 0)
+        ::close(number);
+}
+
+std::error_code Disk::Descriptor::flush() const
+{
+    if (openError != 0)
+        return {openError, std::generic_category()};
+    return outcomeOf(::fsync(number));
+}
+
+std::error_code Disk::Descriptor::flushFileSystem() const
+{
+    if (openError != 0)
+        return {openError, std::generic_category()};
+    return outcomeOf(::syncfs(number));
+}
+
+void Disk::FileSystems::add(const QString &path)
+{
+    struct stat status = {};
+    if (::stat(QFile::encodeName(path).constData(), &status) == 0)
+        opened.try_emplace(status.st_dev, path);
+}
+
+std::error_code Disk::FileSystems::flush() const
 {
     std::error_code firstError;
-    std::set<dev_t> flushed;
-    for (const QString &path : paths) {
-        struct stat status = {};
-        if (::stat(QFile::encodeName(path).constData(), &status) != 0)
-            continue;
-        if (!flushed.insert(status.st_dev).second)
-            continue;
-        const std::error_code error = Descriptor(path).flushWith(::syncfs);
+    for (const auto &[device, descriptor] : opened) {
+        const std::error_code error = descriptor.flushFileSystem();
         if (!firstError)
             firstError = error;
     }
     return firstError;
+}
+
+std::error_code Disk::flushFile(const QString &path)
+{
+    if (const std::error_code error = Descriptor(path).flush())
+        return error;
+    return Descriptor(QFileInfo(path).absolutePath()).flush();
+}
+
+QString Disk::copyFile(const QString &from, const QString &to)
+{
+    const Descriptor directory(QFileInfo(to).absolutePath());
+    QFile source(from);
+    if (!source.copy(to))
+        return source.errorString();
+    std::error_code error = Descriptor(to).flush();
+    if (!error)
+        error = directory.flushFileSystem();
+    if (!error)
+        return QString();
+    QFile::remove(to);
+    return QString::fromStdString(error.message());
 }
 
 bool Disk::renameFile(const QString &from, const QString &to)

@@ -1,26 +1,65 @@
-// Changes that survive a power cut: flushing to the disk, and a rename that is only a rename.
+// Changes that survive a power cut: flushes to the disk, a copy that is on it, a rename that is
+// nothing else.
 
 #pragma once
 
 #include <QString>
-#include <QStringList>
 
+#include <map>
 #include <system_error>
+
+#include <sys/types.h>
 
 namespace Disk {
 
-/**
- * Puts the file at `path` on the disk: its content, its mode and its name in its directory.
- * Returns the error of the first step that failed, none on success.
- */
+/** A file or directory held open for reading, so that it can be flushed. */
+class Descriptor
+{
+public:
+    /** Opens `path`; a failure shows at the flush. */
+    explicit Descriptor(const QString &path);
+    ~Descriptor();
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    Descriptor(Descriptor &&) = delete;
+    Descriptor &operator=(Descriptor &&) = delete;
+
+    /** Puts the file's content and mode, or the directory's names, on the disk. */
+    std::error_code flush() const;
+
+    /**
+     * Puts everything written to its file system on the disk. Fails also when something written
+     * since this was opened is lost already: the kernel tells that once, and Qt drops it.
+     */
+    std::error_code flushFileSystem() const;
+
+private:
+    const int number;
+    const int openError;
+};
+
+/** File systems about to be changed, each to be flushed once afterwards. */
+class FileSystems
+{
+public:
+    /** Adds the one that holds `path`, before the change; a path that does not exist adds none. */
+    void add(const QString &path);
+
+    /** Flushes them all, whatever comes of the others. Returns the first error, if any. */
+    std::error_code flush() const;
+
+private:
+    std::map<dev_t, Descriptor> opened;
+};
+
+/** Puts the file at `path` on the disk: its content, its mode and its name. */
 std::error_code flushFile(const QString &path);
 
 /**
- * Puts on the disk everything written so far to the file systems that hold `paths`, each flushed
- * once. A path that does not exist is passed over. Returns the first error, none on success; the
- * other file systems are flushed all the same.
+ * Copies the file `from` to `to`, which must not exist. Returns a null string when the copy is on
+ * the disk, its content, mode and name; else the reason, and leaves no copy behind.
  */
-std::error_code flushFileSystems(const QStringList &paths);
+QString copyFile(const QString &from, const QString &to);
 
 /**
  * Renames the file `from` to `to`, which must not exist. False leaves `from` whole and `to`

@@ -20,7 +20,7 @@ using FileList = std::vector<QString>;
 class FileManager
 {
 public:
-    enum Root { DataRoot = 0, ApplicationRoot = 1 };
+    enum Root : int { DataRoot = 0, ApplicationRoot = 1 };
 
     /**
      * Names the directory `name` (may hold separators) below the base that `root` selects, and

@@ -1,0 +1,116 @@
+#include "tests/device.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QProcessEnvironment>
+#include <QRegularExpression>
+#include <QtTest>
+
+namespace {
+
+void runIn(const QString &directory, const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.setWorkingDirectory(directory);
+    process.start(program, arguments);
+    QVERIFY2(process.waitForFinished(), qPrintable(program));
+}
+
+} // namespace
+
+Device::Device() : scratch(QDir::tempPath() + "/ostrel tëst XXXXXX")
+{
+    for (const char *directory : {"root", "tmp", "state"})
+        QDir(path(directory)).mkpath(".");
+}
+
+QString Device::path(const QString &relative) const
+{
+    return QDir(scratch.path()).absoluteFilePath(relative);
+}
+
+QString Device::config() const { return path("root") + path("home/.local/share/.ostrelsmart"); }
+
+void Device::write(const QString &below, const QString &files) const
+{
+    for (const QString &entry : files.split("; ")) {
+        QFile file(path(below) + "/" + entry.section('=', 0, 0));
+        QFileInfo(file).dir().mkpath(".");
+        QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(file.fileName()));
+        file.write(entry.section('=', 1).toUtf8());
+    }
+}
+
+QString Device::files(const QString &below) const
+{
+    QStringList found;
+    const QDir directory(path(below));
+    QDirIterator entries(directory.path(), QDir::Files | QDir::Hidden,
+                         QDirIterator::Subdirectories);
+    while (entries.hasNext()) {
+        QFile file(entries.next());
+        file.open(QIODevice::ReadOnly);
+        QString content = file.readAll();
+        if (content.startsWith("PK")) {
+            const QTemporaryDir unpacked(path("unpacked"));
+            runIn(unpacked.path(), "unzip", {"-q", file.fileName()});
+            content = "{" + files(unpacked.path()) + "}";
+        }
+        found << normalized(directory.relativeFilePath(file.fileName()) + "=" + content);
+    }
+    found.sort();
+    return found.join("; ");
+}
+
+QString Device::pack(const QString &files, const QString &option) const
+{
+    const QTemporaryDir content(path("content"));
+    const QString archive = path("package.zip");
+    QFile::remove(archive);
+    write(content.path(), files);
+    runIn(content.path(), "zip", {option, "-qr", archive, "."});
+    return archive;
+}
+
+Run Device::run(const QStringList &arguments, const QString &setup) const
+{
+    QProcess tool;
+    start(tool, arguments, setup);
+    return finish(tool);
+}
+
+void Device::start(QProcess &tool, const QStringList &arguments, const QString &setup) const
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("PATH", OSTREL_STAND_INS ":" + environment.value("PATH"));
+    environment.insert("HOME", path("home"));
+    environment.insert("TMPDIR", path("tmp"));
+    environment.insert("SYSTEMCTL_STATE", path("state"));
+    environment.insert("CONFIG", config());
+    environment.insert("FAKETIME_LIBRARY", OSTREL_FAKETIME);
+    environment.insert("LC_ALL", "C"); // as where a service manager starts it
+    environment.remove("XDG_DATA_HOME");
+    const QString prelude = ". '" OSTREL_CASES "/prelude.sh'\n";
+    tool.setProcessEnvironment(environment);
+    tool.setWorkingDirectory(scratch.path());
+    tool.start("sh", QStringList{"-c", prelude + setup + "\nexec $TRACE \"$@\"", "sh"} +
+                         QString(OSTREL_TOOL).split(';') +
+                         QStringList{"--root", "root", "--report", "report"} + arguments);
+}
+
+Run Device::finish(QProcess &tool) const
+{
+    tool.waitForFinished(60000);
+    const int sign = tool.exitStatus() == QProcess::CrashExit ? -1 : 1;
+    const QRegularExpression listing(" *(adding|updating|inflating|extracting|creating):.*\n");
+    QFile report(path("report"));
+    const QByteArray text = report.open(QIODevice::ReadOnly) ? report.readAll() : QByteArray();
+    return {sign * tool.exitCode(), tool.readAllStandardError(), normalized(text).remove(listing)};
+}
+
+QString Device::normalized(QString text) const
+{
+    text.replace(scratch.path(), "@").replace(QSysInfo::currentCpuArchitecture(), "ARCH");
+    text.replace(QRegularExpression("@/tmp/Ostrel Updater-\\w{6}"), "TMP");
+    return text.replace(QRegularExpression("\\d{4}-\\d\\d-\\d\\dT[\\d:]{8}"), "NOW");
+}

@@ -1,0 +1,130 @@
+// The parts of the engine that no run of the tool shows whole: the log's mechanics, where things
+// lie, the file search and the replacement of files.
+
+#include "core/updatermanager.h"
+#include "tests/device.h"
+
+#include <QDomDocument>
+#include <QtTest>
+
+class TestCore : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { qputenv("XDG_DATA_HOME", QFile::encodeName(device.path("data"))); }
+    void logCommitsALineWithTheNextOne();
+    void configurationLiesBelowTheRoot_data();
+    void configurationLiesBelowTheRoot();
+    void fileManagerNamesItsDirectory();
+    void searchListsDepthFirstAndFollowsLinks();
+    void firstFailedFileEndsTheList_data();
+    void firstFailedFileEndsTheList();
+
+private:
+    const Device device;
+};
+
+void TestCore::logCommitsALineWithTheNextOne()
+{
+    static QStringList messages;
+    const auto handler = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext &, const QString &text) { messages << text; });
+    for (const bool verbose : {true, false}) {
+        const UpdaterManager manager("/", verbose, nullptr);
+        manager.info() << "A" << QString("say \"B\"") << QByteArray("ä\n") << 7;
+        QCOMPARE(manager.getOutputLog(), QStringList(""));
+        manager.info() << QStringList{"a b", "c"} << FileList{"d", "e"};
+        manager.info() << "never committed";
+        QCOMPARE(manager.getOutputLog().join("|"),
+                 QString("|A say \"B\" ä\n 7 |(a b, c) std::vector(d, e) "));
+        QVERIFY(messages.filter("say").size() == (verbose ? 0 : 1));
+    }
+    qInstallMessageHandler(handler);
+    QCOMPARE(messages, QStringList({" \nA say \"B\" ä\n 7  \n(a b, c) std::vector(d, e)  \n", ""}));
+}
+
+void TestCore::configurationLiesBelowTheRoot_data()
+{
+    QTest::addColumn<QString>("prefix");
+    QTest::newRow("/") << "";
+    QTest::newRow("/mnt/image/") << "/mnt/image";
+    QTest::newRow("image/..") << QDir::currentPath();
+}
+
+void TestCore::configurationLiesBelowTheRoot()
+{
+    QFETCH(const QString, prefix);
+    const QString path =
+        UpdaterManager(QTest::currentDataTag(), false, nullptr).getConfigPath().path();
+    QCOMPARE(path, prefix + device.path("data/.ostrelsmart"));
+    QVERIFY(!QDir(path).exists());
+}
+
+void TestCore::fileManagerNamesItsDirectory()
+{
+    const QString common = device.path("data/.ostrelsmart");
+    FileManager installed("a", FileManager::ApplicationRoot);
+    QCOMPARE(installed.getDirectory().path(), QCoreApplication::applicationDirPath() + "/a");
+    QCOMPARE(installed.getParentDirectory().path(), common);
+    QCOMPARE(FileManager("a", static_cast<FileManager::Root>(2)).getDirectory(), QDir("."));
+
+    const FileManager manager("x/y", FileManager::DataRoot);
+    manager.createDirectory();
+    QVERIFY(QDir(common + "/x/y").exists());
+    device.write(common + "/x/y", "good.xml=<a><b/></a>; bad.xml=<a>");
+    QVERIFY(manager.exists("good.xml") && !manager.exists("other.xml"));
+    QDomDocument document;
+    QVERIFY(!manager.readFromFile(&document, "other.xml"));
+    QVERIFY(!manager.readFromFile(&document, "bad.xml"));
+    QVERIFY(manager.readFromFile(&document, "good.xml"));
+    QCOMPARE(document.documentElement().firstChild().nodeName(), QString("b"));
+}
+
+void TestCore::searchListsDepthFirstAndFollowsLinks()
+{
+    const QDir start(device.path("tree"));
+    device.write("tree", "b.txt; A.TXT; c.md; .h.txt; .hid/x.txt; a.txt/c.txt; Sub/d/ë f.txt");
+    QFile::link(device.path("tree/Sub/d"), device.path("tree/again"));
+    QFile::link(device.path("tree"), device.path("tree/Sub/d/cycle"));
+    QFile::link("nowhere", device.path("tree/broken.txt"));
+    QFile::link("b.txt", device.path("tree/link.txt"));
+    QCOMPARE(
+        FileManager::findFiles(start, {"*.txt"}),
+        FileList({"A.TXT", "b.txt", "link.txt", "a.txt/c.txt", "again/ë f.txt", "Sub/d/ë f.txt"}));
+    QCOMPARE(FileManager::findFiles(start, {}).size(), std::size_t(7));
+    QVERIFY(FileManager::findFiles(QDir(device.path("absent")), {"*"}).empty());
+}
+
+void TestCore::firstFailedFileEndsTheList_data()
+{
+    QTest::addColumn<QString>("lines");
+    QTest::addColumn<QString>("left");
+    const QString exists = "Copying F/%1 into T/%1 |Destination file already exists |"
+                           "Copying into T/%1.new |Copy ";
+    QTest::newRow("none") << "Copying F/none into T/none |Copy failed "
+                          << "1=new; 2.new=left over; 2=old; dir/x=old";
+    QTest::newRow("2") << exists.arg("2") + "failed with error: 'Cannot open F/2 for input' "
+                       << "1=new; 2=old; dir/x=old";
+    QTest::newRow("dir") << exists.arg("dir") +
+                                "successfull |Removing old file T/dir |Removal failed "
+                         << "1=new; 2.new=left over; 2=old; dir.new=new; dir/x=old";
+}
+
+void TestCore::firstFailedFileEndsTheList()
+{
+    const Device scratch;
+    scratch.write("from", "1=new; dir=new; 3=new");
+    scratch.write("root", "2=old; 2.new=left over; dir/x=old");
+    UpdaterManager manager("", false, nullptr);
+    const QDir from(scratch.path("from"));
+    const QDir to(scratch.path("root"));
+    QVERIFY(!manager.copyAndReplaceFiles(from, {"1", QTest::currentDataTag(), "3"}, to));
+    manager.info();
+    const QString log = manager.getOutputLog().mid(5).join("|");
+    QTEST(QString(log).replace(from.path(), "F").replace(to.path(), "T"), "lines");
+    QTEST(scratch.files("root"), "left");
+}
+
+QTEST_GUILESS_MAIN(TestCore)
+#include "tst_core.moc"
