@@ -99,6 +99,7 @@ int main(int argc, char *argv[])
 {
     ProcessSetup::guardStandardStreams();
     ProcessSetup::useUtf8FileNames();
+    ProcessSetup::dropArchiverOptions();
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Ostrel Updater"));
     QCoreApplication::setApplicationVersion(QStringLiteral("1.0"));

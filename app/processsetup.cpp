@@ -31,3 +31,9 @@ void ProcessSetup::useUtf8FileNames()
     qputenv(qEnvironmentVariableIsEmpty("LC_ALL") ? "LC_CTYPE" : "LC_ALL",
             QByteArrayLiteral("C.UTF-8"));
 }
+
+void ProcessSetup::dropArchiverOptions()
+{
+    for (const char *variable : {"ZIP", "ZIPOPT", "UNZIP", "UNZIPOPT"})
+        qunsetenv(variable);
+}

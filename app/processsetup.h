@@ -17,4 +17,10 @@ void guardStandardStreams();
  */
 void useUtf8FileNames();
 
+/**
+ * Forgets the options for zip and unzip that somebody keeps in the environment: they could leave
+ * files out of a backup that then counts as made.
+ */
+void dropArchiverOptions();
+
 } // namespace ProcessSetup

@@ -110,7 +110,8 @@ Run Device::finish(QProcess &tool) const
 
 QString Device::normalized(QString text) const
 {
-    text.replace(scratch.path(), "@").replace(QSysInfo::currentCpuArchitecture(), "ARCH");
+    text.replace(scratch.path(), "@").replace(scratch.path().mid(1), "@");
+    text.replace(QSysInfo::currentCpuArchitecture(), "ARCH");
     text.replace(QRegularExpression("@/tmp/Ostrel Updater-\\w{6}"), "TMP");
     return text.replace(QRegularExpression("\\d{4}-\\d\\d-\\d\\dT[\\d:]{8}"), "NOW");
 }

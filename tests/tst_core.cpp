@@ -1,5 +1,5 @@
 // The parts of the engine that no run of the tool shows whole: the log's mechanics, where things
-// lie, the file search and the replacement of files.
+// lie, and the file search.
 
 #include "core/updatermanager.h"
 #include "tests/device.h"
@@ -18,8 +18,6 @@ private Q_SLOTS:
     void configurationLiesBelowTheRoot();
     void fileManagerNamesItsDirectory();
     void searchListsDepthFirstAndFollowsLinks();
-    void firstFailedFileEndsTheList_data();
-    void firstFailedFileEndsTheList();
 
 private:
     const Device device;
@@ -94,36 +92,6 @@ void TestCore::searchListsDepthFirstAndFollowsLinks()
         FileList({"A.TXT", "b.txt", "link.txt", "a.txt/c.txt", "again/ë f.txt", "Sub/d/ë f.txt"}));
     QCOMPARE(FileManager::findFiles(start, {}).size(), std::size_t(7));
     QVERIFY(FileManager::findFiles(QDir(device.path("absent")), {"*"}).empty());
-}
-
-void TestCore::firstFailedFileEndsTheList_data()
-{
-    QTest::addColumn<QString>("lines");
-    QTest::addColumn<QString>("left");
-    const QString exists = "Copying F/%1 into T/%1 |Destination file already exists |"
-                           "Copying into T/%1.new |Copy ";
-    QTest::newRow("none") << "Copying F/none into T/none |Copy failed "
-                          << "1=new; 2.new=left over; 2=old; dir/x=old";
-    QTest::newRow("2") << exists.arg("2") + "failed with error: 'Cannot open F/2 for input' "
-                       << "1=new; 2=old; dir/x=old";
-    QTest::newRow("dir") << exists.arg("dir") +
-                                "successfull |Removing old file T/dir |Removal failed "
-                         << "1=new; 2.new=left over; 2=old; dir.new=new; dir/x=old";
-}
-
-void TestCore::firstFailedFileEndsTheList()
-{
-    const Device scratch;
-    scratch.write("from", "1=new; dir=new; 3=new");
-    scratch.write("root", "2=old; 2.new=left over; dir/x=old");
-    UpdaterManager manager("", false, nullptr);
-    const QDir from(scratch.path("from"));
-    const QDir to(scratch.path("root"));
-    QVERIFY(!manager.copyAndReplaceFiles(from, {"1", QTest::currentDataTag(), "3"}, to));
-    manager.info();
-    const QString log = manager.getOutputLog().mid(5).join("|");
-    QTEST(QString(log).replace(from.path(), "F").replace(to.path(), "T"), "lines");
-    QTEST(scratch.files("root"), "left");
 }
 
 QTEST_GUILESS_MAIN(TestCore)
