@@ -121,7 +121,7 @@ void TestEndToEnd::caseEndsAsItShould()
     QString package = wanted["package"].join("");
     package.replace("ARCH", QSysInfo::currentCpuArchitecture());
     prepare(device, package);
-    const QString before = device.files("root/opt");
+    const QString before = device.files("root");
     const QString arguments = wanted.value("run", {update.join(' ')}).constFirst();
     const Run run = device.run(arguments.split(' '), setup);
 
@@ -137,17 +137,12 @@ void TestEndToEnd::caseEndsAsItShould()
         QCOMPARE(run.report.split('\n'), testData(wanted["report"].constFirst()).split('\n'));
     QVERIFY(QDir(device.path("tmp")).isEmpty());
     QVERIFY(QDir(device.config()).entryList({"zi??????"}).isEmpty());
-    const QString after = device.files("root");
-    if (!run.report.contains("\nStopping") && !arguments.contains("--report"))
-        QCOMPARE(device.files("root/opt") + device.files("state"), before);
-    else if (arguments == update.join(' ') && run.exitStatus == 0)
-        QVERIFY2(after.contains("opt/ostrel/a=new; opt/ostrel/b=new"), qPrintable(after));
-    else if (run.report.contains("\nzip finished"))
-        QVERIFY2(after.contains("NOW.osb2={backend/1=1; configurator/2=2}; opt"),
-                 qPrintable(after));
+    const QString after = device.files("root") + device.files("state");
     QVERIFY2(isWhole(after), qPrintable(after));
-    QCOMPARE(after + device.files("state"),
-             wanted.value("after", {after + device.files("state")}).join("; "));
+    if (run.report.startsWith("UPDATE FAILURE") && !run.report.contains("\nStopping"))
+        QCOMPARE(after, before);
+    for (const QString &part : wanted["after"])
+        QVERIFY2(after.contains(part), qPrintable(part + " is not in\n" + after));
 }
 
 void TestEndToEnd::signalEndsOnlyWhatMayEnd_data()
