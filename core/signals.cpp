@@ -5,13 +5,6 @@
 
 #include <unistd.h>
 
-namespace {
-
-// Written before the only thread forks, read in the children.
-bool heldBack = false;
-
-} // namespace
-
 void Signals::holdBack()
 {
     sigset_t ending;
@@ -19,7 +12,6 @@ void Signals::holdBack()
     for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP})
         sigaddset(&ending, number);
     sigprocmask(SIG_BLOCK, &ending, nullptr);
-    heldBack = true;
 }
 
 void Signals::prepareChild()
@@ -27,7 +19,9 @@ void Signals::prepareChild()
     // zip announces its end before it removes its temporary file; if the tool is gone by then, the
     // announcement must not be what kills it.
     std::signal(SIGPIPE, SIG_IGN);
-    if (!heldBack)
+    sigset_t blocked;
+    sigprocmask(SIG_BLOCK, nullptr, &blocked);
+    if (sigismember(&blocked, SIGTERM) != 1)
         return;
     setpgid(0, 0);
     // A SIGTERM that the group received between fork and setpgid is pending: ignoring drops it.

@@ -10,7 +10,7 @@ namespace {
 
 void runIn(const QString &directory, const QString &program, const QStringList &arguments)
 {
-    QProcess process;
+    Process process;
     process.setWorkingDirectory(directory);
     process.start(program, arguments);
     QVERIFY2(process.waitForFinished(), qPrintable(program));
@@ -74,7 +74,7 @@ QString Device::pack(const QString &files, const QString &option) const
 
 Run Device::run(const QStringList &arguments, const QString &setup) const
 {
-    QProcess tool;
+    Process tool;
     start(tool, arguments, setup);
     return finish(tool);
 }
@@ -94,7 +94,7 @@ void Device::start(QProcess &tool, const QStringList &arguments, const QString &
     tool.setProcessEnvironment(environment);
     tool.setWorkingDirectory(scratch.path());
     tool.start("sh", QStringList{"-c", prelude + setup + "\nexec $TRACE \"$@\"", "sh"} +
-                         QString(OSTREL_TOOL).split(';') +
+                         QString(OSTREL_TOOL).split('|') +
                          QStringList{"--root", "root", "--report", "report"} + arguments);
 }
 

@@ -7,6 +7,14 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+/**
+ * To be used in place of a QProcess: Qt starts a plain one by a way that qemu refuses, and takes
+ * -1 for its number then, so that ending it ends every process of the machine.
+ */
+class Process : public QProcess
+{
+};
+
 /** What a run of the tool left for its caller. */
 struct Run
 {

@@ -157,7 +157,7 @@ void TestEndToEnd::signalEndsOnlyWhatMayEnd()
     QFETCH(const int, exitStatus);
     const Device device;
     prepare(device);
-    QProcess tool;
+    Process tool;
     // In a process group of its own, as a shell starts it on a terminal.
     device.start(tool, QString(QTest::currentDataTag()).split(' '),
                  "mkdir \"$CONFIG/db\"; truncate -s 1G \"$CONFIG/db/big\"; TRACE=setsid");
