@@ -99,6 +99,7 @@ int main(int argc, char *argv[])
 {
     ProcessSetup::guardStandardStreams();
     ProcessSetup::useUtf8FileNames();
+    ProcessSetup::unblockChildSignal();
     ProcessSetup::dropArchiverOptions();
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Ostrel Updater"));

@@ -32,6 +32,14 @@ void ProcessSetup::useUtf8FileNames()
             QByteArrayLiteral("C.UTF-8"));
 }
 
+void ProcessSetup::unblockChildSignal()
+{
+    sigset_t childEnd;
+    sigemptyset(&childEnd);
+    sigaddset(&childEnd, SIGCHLD);
+    sigprocmask(SIG_UNBLOCK, &childEnd, nullptr);
+}
+
 void ProcessSetup::dropArchiverOptions()
 {
     for (const char *variable : {"ZIP", "ZIPOPT", "UNZIP", "UNZIPOPT"})

@@ -18,6 +18,12 @@ void guardStandardStreams();
 void useUtf8FileNames();
 
 /**
+ * Hears of the end of commands also where the caller has blocked the signal that tells it, and
+ * would otherwise wait for them without end.
+ */
+void unblockChildSignal();
+
+/**
  * Forgets the options for zip and unzip that somebody keeps in the environment: they could leave
  * files out of a backup that then counts as made.
  */
