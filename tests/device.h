@@ -7,10 +7,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-/**
- * To be used in place of a QProcess: Qt starts a plain one by a way that qemu refuses, and takes
- * -1 for its number then, so that ending it ends every process of the machine.
- */
+// In place of QProcess: qemu refuses the way in which Qt starts a plain one, whose number is -1
+// then, so that ending it ends every process of the machine.
 class Process : public QProcess
 {
 };
@@ -25,12 +23,10 @@ struct Run
     QString report;
 };
 
-/**
- * Trees of files are texts here: "a/b=content; c=", sorted by path, with the files of a backup in
- * braces as its content. In what is read, @ stands for the device's own path, TMP for the
- * extraction directory's, NOW for a time and ARCH for the architecture. Relative paths count from a
- * directory with blanks and non-ASCII letters in its name.
- */
+// Trees of files are texts here: "a/b=content; c=", sorted by path, with the files of a backup in
+// braces as its content. In what is read, @ stands for the device's own path, TMP for the
+// extraction directory's, NOW for a time and ARCH for the architecture. Relative paths count from a
+// directory with blanks and non-ASCII letters in its name.
 class Device
 {
 public:
