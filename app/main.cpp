@@ -86,7 +86,7 @@ void writeReport(const QString &path, const QString &heading, const QStringList 
 {
     const QStringList lines = QStringList(heading) + log;
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
+    if (path.isEmpty() || !file.open(QIODevice::WriteOnly))
         return;
     file.write(lines.join(QLatin1Char('\n')).toUtf8());
     file.close();

@@ -2,10 +2,17 @@
 
 #include "core/signals.h"
 
+#include <array>
+#include <csignal>
+
 namespace {
 
 // Long enough for zip to remove its temporary file.
 constexpr int graceMilliseconds = 5000;
+
+// A command that was started behind Signals::holdBack() has SIGTERM blocked, lest whoever stops
+// all processes around the tool ends it too; zip tidies up at SIGABRT just as well.
+constexpr std::array<int, 3> waysToEnd = {SIGTERM, SIGABRT, SIGKILL};
 
 class Command : public QProcess
 {
@@ -41,11 +48,11 @@ QString problemOf(const QProcess &process, CommandResult::End end, const Command
 
 void endProcess(QProcess &process)
 {
-    process.terminate();
-    if (process.waitForFinished(graceMilliseconds))
-        return;
-    process.kill();
-    process.waitForFinished(-1);
+    for (const int number : waysToEnd) {
+        ::kill(static_cast<pid_t>(process.processId()), number);
+        if (process.waitForFinished(number == SIGKILL ? -1 : graceMilliseconds))
+            return;
+    }
 }
 
 } // namespace

@@ -27,7 +27,7 @@ bool makeReplacementCopy(const UpdaterManager &log, const QString &source, const
 {
     QFile::remove(copy);
     log.info() << "Copying into" << copy;
-    const QString error = Disk::copyFile(source, copy);
+    const QString error = Disk::copyFileOntoDisk(source, copy);
     if (error.isNull())
         return logOutcome(log, "Copy", true);
     log.info() << "Copy" << QStringLiteral("%1 with error: '%2'").arg(outcomeWord(false), error);
@@ -56,7 +56,7 @@ bool installFile(const UpdaterManager &log, const QString &source, const QString
     log.info() << "Copying" << source << "into" << destination;
     if (QFile::exists(destination))
         return replaceFile(log, source, destination);
-    return logOutcome(log, "Copy", QFile::copy(source, destination));
+    return logOutcome(log, "Copy", Disk::copyFile(source, destination).isNull());
 }
 
 } // namespace

@@ -13,9 +13,9 @@ void holdBack();
 
 /**
  * For a child process before it runs its program: lets it outlive the tool for as long as it takes
- * to tidy up. Behind holdBack() it also leaves the tool's process group, so that a signal sent to
- * the group passes it by, and accepts SIGTERM again: that is how the tool asks a command to end
- * that has run out of time. Without holdBack() Ctrl-C ends tool and command. Async-signal-safe.
+ * to tidy up. Behind holdBack() it also leaves the tool's process group, for the sake of a program
+ * that unblocks signals itself. Without holdBack() Ctrl-C ends tool and command.
+ * Async-signal-safe.
  */
 void prepareChild();
 

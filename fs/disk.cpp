@@ -26,6 +26,14 @@ public:
     bool open(OpenMode /*mode*/) override { return false; }
 };
 
+/** Qt's copy drops a failure to set the mode. A mode that allows more is as Qt makes it for root.
+ */
+bool hasModeOf(const QFile &copy, const QFile &source)
+{
+    constexpr QFile::Permissions ofTheUserHere(0x0700);
+    return (source.permissions() & ~copy.permissions() & ~ofTheUserHere) == 0;
+}
+
 } // namespace
 
 Disk::Descriptor::Descriptor(const QString &path)
@@ -81,10 +89,22 @@ std::error_code Disk::flushFile(const QString &path)
 
 QString Disk::copyFile(const QString &from, const QString &to)
 {
-    const Descriptor directory(QFileInfo(to).absolutePath());
     QFile source(from);
     if (!source.copy(to))
         return source.errorString();
+    QFile copy(to);
+    if (hasModeOf(copy, source) || copy.setPermissions(source.permissions()))
+        return QString();
+    QFile::remove(to);
+    return copy.errorString();
+}
+
+QString Disk::copyFileOntoDisk(const QString &from, const QString &to)
+{
+    const Descriptor directory(QFileInfo(to).absolutePath());
+    const QString copyError = copyFile(from, to);
+    if (!copyError.isNull())
+        return copyError;
     std::error_code error = Descriptor(to).flush();
     if (!error)
         error = directory.flushFileSystem();

@@ -56,10 +56,13 @@ private:
 std::error_code flushFile(const QString &path);
 
 /**
- * Copies the file `from` to `to`, which must not exist. Returns a null string when the copy is on
- * the disk, its content, mode and name; else the reason, and leaves no copy behind.
+ * Copies the file `from` to `to`, which must not exist, with its mode. Returns a null string on
+ * success; else the reason, and leaves no copy behind.
  */
 QString copyFile(const QString &from, const QString &to);
+
+/** As copyFile(), but succeeds only when the copy is on the disk: its content, mode and name. */
+QString copyFileOntoDisk(const QString &from, const QString &to);
 
 /**
  * Renames the file `from` to `to`, which must not exist. False leaves `from` whole and `to`
