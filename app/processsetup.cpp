@@ -27,9 +27,8 @@ void ProcessSetup::useUtf8FileNames()
     std::setlocale(LC_CTYPE, "");
     if (std::strcmp(::nl_langinfo(CODESET), "UTF-8") == 0)
         return;
-    // LC_ALL goes before the others where it is set, and only there does it need a new value.
-    qputenv(qEnvironmentVariableIsEmpty("LC_ALL") ? "LC_CTYPE" : "LC_ALL",
-            QByteArrayLiteral("C.UTF-8"));
+    // Over all the others, one of which may name a locale that the device does not have.
+    qputenv("LC_ALL", QByteArrayLiteral("C.UTF-8"));
 }
 
 void ProcessSetup::unblockChildSignal()

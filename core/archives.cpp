@@ -1,6 +1,7 @@
 // Archives: packing the configuration with zip, unpacking any archive with unzip.
 
 #include "core/externalcommand.h"
+#include "core/outcome.h"
 #include "core/updatermanager.h"
 #include "fs/disk.h"
 
@@ -12,15 +13,15 @@ namespace {
  * zip and unzip would take such a path for one of their options, or for no archive at all, and
  * could end with exit code 0 without having touched the archive that was meant.
  */
-bool isUsableArchivePath(const UpdaterManager &log, const QString &archivePath)
+bool checkArchivePath(const UpdaterManager &manager, const QString &archivePath)
 {
     if (archivePath.isEmpty()) {
-        log.info() << "The archive path is empty";
+        manager.info() << "The archive path is empty";
         return false;
     }
     if (archivePath.startsWith(QLatin1Char('-'))) {
-        log.info() << "The archive path must not begin with a hyphen, write ./ before it:"
-                   << archivePath;
+        manager.info() << "The archive path must not begin with a hyphen, write ./ before it:"
+                       << archivePath;
         return false;
     }
     return true;
@@ -38,22 +39,22 @@ QString zipStartProblem(QProcess::ProcessError error, const QStringList &argumen
         .arg(joined, QString::number(static_cast<int>(error)));
 }
 
-bool hasZipSucceeded(const UpdaterManager &log, const CommandResult &zip,
-                     const QStringList &arguments)
+bool checkZipResult(const UpdaterManager &manager, const CommandResult &zip,
+                    const QStringList &arguments)
 {
     if (zip.end == CommandResult::End::FailedToStart) {
-        log.info() << zipStartProblem(zip.error, arguments);
+        manager.info() << zipStartProblem(zip.error, arguments);
         return false;
     }
     for (const QByteArray &output : {zip.standardOutput, zip.standardError})
         if (!output.isEmpty())
-            log.info() << output;
+            manager.info() << output;
     if (zip.end == CommandResult::End::OutOfTime) {
-        log.info() << zip.problem;
+        manager.info() << zip.problem;
         return false;
     }
     if (!zip.succeeded()) {
-        log.info() << "zip failed with exit code" << zip.exitCode;
+        manager.info() << "zip failed with exit code" << zip.exitCode;
         return false;
     }
     return true;
@@ -65,7 +66,7 @@ bool UpdaterManager::makeBackup(const QString &archivePath, bool withStatistics)
 {
     info() << "CREATING BACKUP" << archivePath << (withStatistics ? "with" : "without")
            << "statistics";
-    if (!isUsableArchivePath(*this, archivePath))
+    if (!checkArchivePath(*this, archivePath))
         return false;
 
     const QDir configDirectory = getConfigPath();
@@ -73,10 +74,11 @@ bool UpdaterManager::makeBackup(const QString &archivePath, bool withStatistics)
     const QString workingDirectory = configDirectory.canonicalPath();
     info() << "Setting zip working dir to" << workingDirectory;
 
-    QStringList arguments = {QStringLiteral("-r"), QStringLiteral("-1"), archivePath,
-                             QStringLiteral("backend"), QStringLiteral("configurator")};
-    if (withStatistics)
-        arguments << QStringLiteral("db");
+    QStringList directories = configurationDirectories();
+    if (!withStatistics)
+        directories.removeLast();
+    const QStringList arguments =
+        QStringList{QStringLiteral("-r"), QStringLiteral("-1"), archivePath} + directories;
     info() << "Starting zip with arguments:" << arguments;
 
     // zip itself flushes nothing. The archive's directory stands for the archive, since zip may add
@@ -89,20 +91,17 @@ bool UpdaterManager::makeBackup(const QString &archivePath, bool withStatistics)
     constexpr CommandLimits limits = {0, 120000};
     const CommandResult zip =
         runCommand(QStringLiteral("zip"), arguments, limits, workingDirectory);
-    if (!hasZipSucceeded(*this, zip, arguments))
+    if (!checkZipResult(*this, zip, arguments))
         return false;
-    if (const std::error_code error = changed.flush()) {
-        info() << "The archive could not be written to the disk:"
-               << QString::fromStdString(error.message());
+    if (!flushToDisk(*this, "The archive", changed))
         return false;
-    }
     info() << "zip finished successfully, created file:" << archivePath;
     return true;
 }
 
 std::unique_ptr<QTemporaryDir> UpdaterManager::unzipToTemp(const QString &archivePath)
 {
-    if (!isUsableArchivePath(*this, archivePath))
+    if (!checkArchivePath(*this, archivePath))
         return nullptr;
 
     info() << "Creating temporary directory";

@@ -48,6 +48,9 @@ QString problemOf(const QProcess &process, CommandResult::End end, const Command
 
 void endProcess(QProcess &process)
 {
+    // Anything else would name a whole group of processes.
+    if (process.processId() <= 0)
+        return;
     for (const int number : waysToEnd) {
         ::kill(static_cast<pid_t>(process.processId()), number);
         if (process.waitForFinished(number == SIGKILL ? -1 : graceMilliseconds))

@@ -7,56 +7,57 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <algorithm>
-
 namespace {
 
-bool logOutcome(const UpdaterManager &log, const char *step, bool succeeded)
+bool logOutcome(const UpdaterManager &manager, const char *step, bool succeeded)
 {
-    log.info() << step << outcomeWord(succeeded);
+    manager.info() << step << outcomeWord(succeeded);
     return succeeded;
 }
 
-bool makePath(const UpdaterManager &log, const QDir &directory)
+bool makePath(const UpdaterManager &manager, const QDir &directory)
 {
-    log.info() << "Making path: " << directory.canonicalPath();
-    return logOutcome(log, "Making path", directory.mkpath(QStringLiteral(".")));
+    manager.info() << "Making path: " << directory.canonicalPath();
+    return logOutcome(manager, "Making path", directory.mkpath(QStringLiteral(".")));
 }
 
-bool makeReplacementCopy(const UpdaterManager &log, const QString &source, const QString &copy)
+bool makeReplacementCopy(const UpdaterManager &manager, const QString &source, const QString &copy,
+                         const Disk::FileSystems &changed)
 {
     QFile::remove(copy);
-    log.info() << "Copying into" << copy;
-    const QString error = Disk::copyFileOntoDisk(source, copy);
+    manager.info() << "Copying into" << copy;
+    const QString error = Disk::copyFileOntoDisk(source, copy, changed);
     if (error.isNull())
-        return logOutcome(log, "Copy", true);
-    log.info() << "Copy" << QStringLiteral("%1 with error: '%2'").arg(outcomeWord(false), error);
+        return logOutcome(manager, "Copy", true);
+    manager.info() << "Copy"
+                   << QStringLiteral("%1 with error: '%2'").arg(outcomeWord(false), error);
     return false;
 }
 
-bool replaceFile(const UpdaterManager &log, const QString &source, const QString &destination)
+bool replaceFile(const UpdaterManager &manager, const QString &source, const QString &destination,
+                 const Disk::FileSystems &changed)
 {
     const QString replacementCopy = destination + QStringLiteral(".new");
-    log.info() << "Destination file already exists";
-    if (!makeReplacementCopy(log, source, replacementCopy))
+    manager.info() << "Destination file already exists";
+    if (!makeReplacementCopy(manager, source, replacementCopy, changed))
         return false;
-    log.info() << "Removing old file" << destination;
-    if (!logOutcome(log, "Removal", QFile::remove(destination)))
+    manager.info() << "Removing old file" << destination;
+    if (!logOutcome(manager, "Removal", QFile::remove(destination)))
         return false;
-    log.info() << "Renaming new file into" << destination;
-    return logOutcome(log, "Rename", Disk::renameFile(replacementCopy, destination));
+    manager.info() << "Renaming new file into" << destination;
+    return logOutcome(manager, "Rename", Disk::renameFile(replacementCopy, destination));
 }
 
-bool installFile(const UpdaterManager &log, const QString &source, const QString &destination,
+bool installFile(const UpdaterManager &manager, const QString &source, const QString &destination,
                  Disk::FileSystems &changed)
 {
     const QDir directory = QFileInfo(destination).absoluteDir();
     directory.mkpath(QStringLiteral("."));
     changed.add(directory.path());
-    log.info() << "Copying" << source << "into" << destination;
+    manager.info() << "Copying" << source << "into" << destination;
     if (QFile::exists(destination))
-        return replaceFile(log, source, destination);
-    return logOutcome(log, "Copy", Disk::copyFile(source, destination).isNull());
+        return replaceFile(manager, source, destination, changed);
+    return logOutcome(manager, "Copy", Disk::copyFile(source, destination).isNull());
 }
 
 } // namespace
@@ -69,13 +70,13 @@ bool UpdaterManager::copyAndReplaceFiles(const QDir &from, const FileList &files
     // Below the destination, links and mounts may lead to other file systems than its own.
     Disk::FileSystems changed;
     changed.add(to.absolutePath());
-    const bool installed = std::all_of(files.cbegin(), files.cend(), [&](const QString &file) {
-        return installFile(*this, from.absoluteFilePath(file), to.absoluteFilePath(file), changed);
-    });
-
-    const std::error_code error = changed.flush();
-    if (error)
-        info() << "The files could not be written to the disk:"
-               << QString::fromStdString(error.message());
-    return installed && !error;
+    bool installed = true;
+    for (const QString &file : files) {
+        installed =
+            installFile(*this, from.absoluteFilePath(file), to.absoluteFilePath(file), changed);
+        if (!installed)
+            break;
+    }
+    const bool flushed = flushToDisk(*this, "The files", changed);
+    return installed && flushed;
 }

@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QSysInfo>
 #include <QThread>
+#include <QVector>
 
 namespace {
 
@@ -37,54 +38,37 @@ std::vector<InstallGroup> installGroups()
     };
 }
 
-/** Files of a backup archive's directory that are put back into the configuration directory. */
-struct RestoreGroup
-{
-    QString name;
-    /** Begins the log line of the files found. */
-    const char *heading;
-};
-
-std::vector<RestoreGroup> restoreGroups()
-{
-    return {
-        {QStringLiteral("backend"), "Found archived backend config:"},
-        {QStringLiteral("configurator"), "Found archived configurator config:"},
-        {QStringLiteral("db"), "Found archived databases:"},
-    };
-}
-
 /** The text of the package's version.txt; empty, with the reason in the log, if there is none. */
-QString readVersionText(const UpdaterManager &log, const QDir &package)
+QString readVersionText(const UpdaterManager &manager, const QDir &package)
 {
     const QString path = package.absoluteFilePath(QStringLiteral("version.txt"));
     if (!QFile::exists(path)) {
-        log.info() << "version.txt not found! Aborting";
+        manager.info() << "version.txt not found! Aborting";
         return QString();
     }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        log.info() << "Could not read version.txt";
+        manager.info() << "Could not read version.txt";
         return QString();
     }
     const QString text = QString::fromUtf8(file.readAll());
     if (text.isEmpty())
-        log.info() << "version.txt is empty!";
+        manager.info() << "version.txt is empty!";
     return text;
 }
 
 /** Checks "version[:target architecture[:...]]" against this machine, whatever the version. */
-bool isMeantForThisMachine(const UpdaterManager &log, const QString &versionLine)
+bool checkArchitecture(const UpdaterManager &manager, const QString &versionLine)
 {
     const QStringList fields = versionLine.split(QLatin1Char(':'));
-    log.info() << "New firmware version:" << fields.constFirst();
+    manager.info() << "New firmware version:" << fields.constFirst();
     if (fields.size() < 2)
         return true;
     const QString &target = fields.at(1);
     const QString machine = QSysInfo::currentCpuArchitecture();
     const bool matches = machine.indexOf(target, 0, Qt::CaseSensitive) != -1;
-    log.info() << "Firmware target architecture" << target
-               << (matches ? "matches current" : "does not match current one") << machine;
+    manager.info() << "Firmware target architecture" << target
+                   << (matches ? "matches current" : "does not match current one") << machine;
     return matches;
 }
 
@@ -98,33 +82,32 @@ bool hasDigest(const QString &path, const QString &hexDigest)
 }
 
 /** Checks the lines "path:digest" that follow the version line; passes over any other line. */
-bool haveFilesTheirChecksums(const UpdaterManager &log, const QDir &package,
-                             const QStringList &lines)
+bool checkChecksums(const UpdaterManager &manager, const QDir &package, const QStringList &lines)
 {
     if (lines.size() < 2)
         return true;
-    log.info() << "Checking SHA-1 checksums...";
+    manager.info() << "Checking SHA-1 checksums...";
     for (const QString &line : lines.mid(1)) {
         const QStringList fields = line.split(QLatin1Char(':'));
         if (fields.size() != 2)
             continue;
         if (!hasDigest(package.absoluteFilePath(fields.at(0)), fields.at(1))) {
-            log.info() << fields.at(0) << "SHA-1 checksum check failed";
+            manager.info() << fields.at(0) << "SHA-1 checksum check failed";
             return false;
         }
     }
-    log.info() << "SHA-1 Checksums OK";
+    manager.info() << "SHA-1 Checksums OK";
     return true;
 }
 
-bool isValidPackage(const UpdaterManager &log, const QDir &package)
+bool checkPackage(const UpdaterManager &manager, const QDir &package)
 {
-    const QString versionText = readVersionText(log, package);
+    const QString versionText = readVersionText(manager, package);
     if (versionText.isEmpty())
         return false;
     const QStringList lines = versionText.split(QLatin1Char('\n'));
-    return isMeantForThisMachine(log, lines.constFirst()) &&
-           haveFilesTheirChecksums(log, package, lines);
+    return checkArchitecture(manager, lines.constFirst()) &&
+           checkChecksums(manager, package, lines);
 }
 
 /**
@@ -134,30 +117,27 @@ bool isValidPackage(const UpdaterManager &log, const QDir &package)
  */
 QString safetyBackupPath(const QDir &configDirectory)
 {
-    QString path;
-    for (int attempt = 0; attempt < 3; ++attempt) {
+    constexpr int attempts = 3;
+    for (int attempt = 1;; ++attempt) {
         const QString time = QDateTime::currentDateTime().toString(Qt::ISODate);
-        path = configDirectory.absoluteFilePath(QStringLiteral("ostrel_backup_%1.osb2").arg(time));
-        if (!QFile::exists(path))
-            break;
+        const QString path =
+            configDirectory.absoluteFilePath(QStringLiteral("ostrel_backup_%1.osb2").arg(time));
+        if (attempt == attempts || !QFile::exists(path))
+            return path;
         QThread::sleep(1);
     }
-    return path;
 }
 
-/** Removes whatever of the configuration's directories exists, and that from the disk too. */
-bool removeDirectories(const UpdaterManager &log, const QDir &configDirectory)
+/** Removes those directories that exist, and that from the disk too. */
+bool removeDirectories(const UpdaterManager &manager, const QDir &parent, const QStringList &names)
 {
     Disk::FileSystems changed;
-    changed.add(configDirectory.path());
+    changed.add(parent.path());
     bool removed = true;
-    for (const RestoreGroup &group : restoreGroups())
-        removed = QDir(configDirectory.absoluteFilePath(group.name)).removeRecursively() && removed;
-    const std::error_code error = changed.flush();
-    if (error)
-        log.info() << "The removal could not be written to the disk:"
-                   << QString::fromStdString(error.message());
-    return removed && !error;
+    for (const QString &name : names)
+        removed = QDir(parent.absoluteFilePath(name)).removeRecursively() && removed;
+    const bool flushed = flushToDisk(manager, "The removal", changed);
+    return removed && flushed;
 }
 
 } // namespace
@@ -170,7 +150,7 @@ bool UpdaterManager::updateFirmware(const QString &archivePath)
         return false;
     const QString extractionPath = extracted->path();
     const QDir extractionDirectory(extractionPath);
-    if (!isValidPackage(*this, extractionDirectory))
+    if (!checkPackage(*this, extractionDirectory))
         return false;
 
     const auto installGroup = [this, extractionPath, extractionDirectory](
@@ -202,15 +182,17 @@ bool UpdaterManager::restoreBackup(const QString &archivePath)
     info() << "Extracted " << archivePath << "into" << extracted->path();
     stopServices(productServices());
 
-    const std::vector<RestoreGroup> groups = restoreGroups();
-    std::vector<FileList> archivedFiles;
-    const auto sourceDirectory = [&extracted](const RestoreGroup &group) {
-        return QDir(extracted->path() + QLatin1Char('/') + group.name);
+    const QStringList groups = configurationDirectories();
+    const QStringList headings = {QStringLiteral("Found archived backend config:"),
+                                  QStringLiteral("Found archived configurator config:"),
+                                  QStringLiteral("Found archived databases:")};
+    QVector<FileList> archivedFiles;
+    const auto sourceDirectory = [&extracted](const QString &group) {
+        return QDir(extracted->path() + QLatin1Char('/') + group);
     };
-    for (const RestoreGroup &group : groups) {
-        archivedFiles.push_back(
-            FileManager::findFiles(sourceDirectory(group), {QStringLiteral("*")}));
-        info() << group.heading << archivedFiles.back();
+    for (int i = 0; i < groups.size(); ++i) {
+        archivedFiles << FileManager::findFiles(sourceDirectory(groups[i]), {QStringLiteral("*")});
+        info() << headings[i] << archivedFiles[i];
     }
 
     const QDir configDirectory = getConfigPath();
@@ -221,8 +203,8 @@ bool UpdaterManager::restoreBackup(const QString &archivePath)
     info() << "Backup" << outcomeWord(backedUp);
 
     bool restored = true;
-    for (std::size_t i = 0; i < groups.size(); ++i) {
-        const QDir destination(configDirectory.absoluteFilePath(groups[i].name));
+    for (int i = 0; i < groups.size(); ++i) {
+        const QDir destination(configDirectory.absoluteFilePath(groups[i]));
         restored = copyAndReplaceFiles(sourceDirectory(groups[i]), archivedFiles[i], destination) &&
                    restored;
     }
@@ -249,7 +231,7 @@ bool UpdaterManager::removeConfiguration()
         info() << "Removing" << oldBackup;
         QFile::remove(path);
     }
-    const bool removed = removeDirectories(*this, configDirectory);
+    const bool removed = removeDirectories(*this, configDirectory, configurationDirectories());
     restartServices(productServices());
     return removed;
 }

@@ -38,6 +38,11 @@ QDebug &UpdaterManager::info() const
 
 QStringList UpdaterManager::getOutputLog() const { return logLines; }
 
+QStringList UpdaterManager::configurationDirectories()
+{
+    return {QStringLiteral("backend"), QStringLiteral("configurator"), QStringLiteral("db")};
+}
+
 QDir UpdaterManager::getConfigPath() const
 {
     static FileManager manager(QStringLiteral("updater"), FileManager::DataRoot);

@@ -104,6 +104,9 @@ private:
     /** The product's services, in the order in which they are stopped and restarted. */
     static std::vector<QString> productServices();
 
+    /** The configuration's directories in the configuration directory; the last: statistics. */
+    static QStringList configurationDirectories();
+
     /** Makes systemd read its unit files again; a failure is not told. */
     void reloadSystemd() const;
 

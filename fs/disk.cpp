@@ -26,12 +26,12 @@ public:
     bool open(OpenMode /*mode*/) override { return false; }
 };
 
-/** Qt's copy drops a failure to set the mode. A mode that allows more is as Qt makes it for root.
- */
+/** Qt's copy drops a failure to set the mode; for root it sets one that allows more. */
 bool hasModeOf(const QFile &copy, const QFile &source)
 {
-    constexpr QFile::Permissions ofTheUserHere(0x0700);
-    return (source.permissions() & ~copy.permissions() & ~ofTheUserHere) == 0;
+    // Qt's view of what the current user may do, beside the mode's own bits.
+    const QFile::Permissions ofThisUser = QFile::ReadUser | QFile::WriteUser | QFile::ExeUser;
+    return (source.permissions() & ~copy.permissions() & ~ofThisUser) == 0;
 }
 
 } // namespace
@@ -99,15 +99,14 @@ QString Disk::copyFile(const QString &from, const QString &to)
     return copy.errorString();
 }
 
-QString Disk::copyFileOntoDisk(const QString &from, const QString &to)
+QString Disk::copyFileOntoDisk(const QString &from, const QString &to, const FileSystems &changed)
 {
-    const Descriptor directory(QFileInfo(to).absolutePath());
     const QString copyError = copyFile(from, to);
     if (!copyError.isNull())
         return copyError;
     std::error_code error = Descriptor(to).flush();
     if (!error)
-        error = directory.flushFileSystem();
+        error = changed.flush();
     if (!error)
         return QString();
     QFile::remove(to);

@@ -29,7 +29,8 @@ public:
 
     /**
      * Puts everything written to its file system on the disk. Fails also when something written
-     * since this was opened is lost already: the kernel tells that once, and Qt drops it.
+     * there since the last such flush is lost already, or since before that with nobody told: the
+     * kernel tells an error once for each file, and Qt's copy drops it.
      */
     std::error_code flushFileSystem() const;
 
@@ -61,8 +62,11 @@ std::error_code flushFile(const QString &path);
  */
 QString copyFile(const QString &from, const QString &to);
 
-/** As copyFile(), but succeeds only when the copy is on the disk: its content, mode and name. */
-QString copyFileOntoDisk(const QString &from, const QString &to);
+/**
+ * As copyFile(), but succeeds only when the copy is on the disk: its content, mode and name.
+ * `changed` holds the file system of `to`.
+ */
+QString copyFileOntoDisk(const QString &from, const QString &to, const FileSystems &changed);
 
 /**
  * Renames the file `from` to `to`, which must not exist. False leaves `from` whole and `to`

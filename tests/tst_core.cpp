@@ -52,7 +52,7 @@ void TestCore::configurationLiesBelowTheRoot_data()
 
 void TestCore::configurationLiesBelowTheRoot()
 {
-    QFETCH(const QString, prefix);
+    QFETCH(QString, prefix);
     const QString path =
         UpdaterManager(QTest::currentDataTag(), false, nullptr).getConfigPath().path();
     QCOMPARE(path, prefix + device.path("data/.ostrelsmart"));

@@ -112,7 +112,7 @@ void TestEndToEnd::caseEndsAsItShould_data()
 
 void TestEndToEnd::caseEndsAsItShould()
 {
-    QFETCH(const Case, wanted);
+    QFETCH(Case, wanted);
     const QString setup = wanted["setup"].join('\n');
     if (!canRun(setup))
         QSKIP("strace or libfaketime does not work here");
@@ -153,7 +153,7 @@ void TestEndToEnd::signalEndsOnlyWhatMayEnd_data()
 
 void TestEndToEnd::signalEndsOnlyWhatMayEnd()
 {
-    QFETCH(const int, exitStatus);
+    QFETCH(int, exitStatus);
     const Device device;
     prepare(device);
     Process tool;
