@@ -1,6 +1,5 @@
 // The command line: options, choice of the one operation, report file and exit status.
 
-#include "app/processsetup.h"
 #include "core/updatermanager.h"
 #include "fs/disk.h"
 
@@ -8,8 +7,10 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 
 #include <array>
+#include <csignal>
 
 namespace {
 
@@ -79,8 +80,8 @@ const Mode *chosenMode(const QCommandLineParser &parser)
 }
 
 /**
- * Saves the log under its heading and puts it on the disk. A report that cannot be saved is not
- * told: the exit status speaks of the operation alone.
+ * Saves the log under its heading and puts it on the disk. A failure is silent: the exit status
+ * stands for the operation alone.
  */
 void writeReport(const QString &path, const QString &heading, const QStringList &log)
 {
@@ -90,24 +91,21 @@ void writeReport(const QString &path, const QString &heading, const QStringList 
         return;
     file.write(lines.join(QLatin1Char('\n')).toUtf8());
     file.close();
-    Disk::flushFile(path);
+    Disk::flushFileSystems({QFileInfo(path).canonicalPath()});
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    ProcessSetup::guardStandardStreams();
-    ProcessSetup::useUtf8FileNames();
-    ProcessSetup::unblockChildSignal();
-    ProcessSetup::dropArchiverOptions();
+    // A console that nobody reads any more must not end the tool.
+    std::signal(SIGPIPE, SIG_IGN);
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Ostrel Updater"));
-    QCoreApplication::setApplicationVersion(QStringLiteral("1.0"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(OSTREL_VERSION));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Ostrel embedded device firmware updater and backup manager"));
+    parser.setApplicationDescription(QStringLiteral(OSTREL_DESCRIPTION));
     parser.addHelpOption();
     parser.addVersionOption();
     addOptions(parser);

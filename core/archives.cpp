@@ -1,30 +1,25 @@
 // Archives: packing the configuration with zip, unpacking any archive with unzip.
 
 #include "core/externalcommand.h"
-#include "core/outcome.h"
 #include "core/updatermanager.h"
 #include "fs/disk.h"
 
 #include <QFileInfo>
+#include <QSet>
 
 namespace {
 
 /**
- * zip and unzip would take such a path for one of their options, or for no archive at all, and
- * could end with exit code 0 without having touched the archive that was meant.
+ * False, with the reason in the log, for a path that zip and unzip would take for an option: they
+ * could end with exit code 0 without having touched the archive.
  */
-bool checkArchivePath(const UpdaterManager &manager, const QString &archivePath)
+bool checkNoOption(const UpdaterManager &manager, const QString &archivePath)
 {
-    if (archivePath.isEmpty()) {
-        manager.info() << "The archive path is empty";
-        return false;
-    }
-    if (archivePath.startsWith(QLatin1Char('-'))) {
-        manager.info() << "The archive path must not begin with a hyphen, write ./ before it:"
-                       << archivePath;
-        return false;
-    }
-    return true;
+    if (!archivePath.startsWith(QLatin1Char('-')))
+        return true;
+    manager.info() << "The archive path must not begin with a hyphen, write ./ before it:"
+                   << archivePath;
+    return false;
 }
 
 QString zipStartProblem(QProcess::ProcessError error, const QStringList &arguments)
@@ -34,14 +29,23 @@ QString zipStartProblem(QProcess::ProcessError error, const QStringList &argumen
         return QStringLiteral("Zip process failed to start (%1)").arg(joined);
     if (error == QProcess::Crashed)
         return QStringLiteral("Zip process crashed (%1)").arg(joined);
-    // One call: a path that holds a place marker of its own must come out as it is.
+    // One call: a path that contains a place marker of its own stays as it is.
     return QStringLiteral("Zip has some unknown error: %2 (%1)")
         .arg(joined, QString::number(static_cast<int>(error)));
 }
 
-bool checkZipResult(const UpdaterManager &manager, const CommandResult &zip,
-                    const QStringList &arguments)
+bool runZip(const UpdaterManager &manager, const QStringList &arguments,
+            const QString &workingDirectory)
 {
+    CommandSettings settings;
+    settings.workingDirectory = workingDirectory;
+    settings.startLimit = 0;
+    settings.finishLimit = 120000;
+    // Ctrl-C can end the tool first: zip reports its own end on standard error before it removes
+    // its temporary file.
+    settings.ignoresSigpipe = true;
+    const CommandResult zip = runCommand(QStringLiteral("zip"), arguments, settings);
+
     if (zip.end == CommandResult::End::FailedToStart) {
         manager.info() << zipStartProblem(zip.error, arguments);
         return false;
@@ -49,15 +53,23 @@ bool checkZipResult(const UpdaterManager &manager, const CommandResult &zip,
     for (const QByteArray &output : {zip.standardOutput, zip.standardError})
         if (!output.isEmpty())
             manager.info() << output;
-    if (zip.end == CommandResult::End::OutOfTime) {
+    if (zip.end == CommandResult::End::OutOfTime)
         manager.info() << zip.problem;
-        return false;
-    }
-    if (!zip.succeeded()) {
+    else if (!zip.succeeded())
         manager.info() << "zip failed with exit code" << zip.exitCode;
+    return zip.succeeded();
+}
+
+bool runUnzip(const UpdaterManager &manager, const QString &archivePath, const QString &directory)
+{
+    if (!checkNoOption(manager, archivePath))
         return false;
-    }
-    return true;
+    const CommandResult unzip =
+        runCommand(QStringLiteral("unzip"), {QStringLiteral("-d"), directory, archivePath});
+    manager.info() << QString::fromUtf8(unzip.standardOutput);
+    if (!unzip.problem.isNull())
+        manager.info() << unzip.problem;
+    return unzip.succeeded();
 }
 
 } // namespace
@@ -66,34 +78,28 @@ bool UpdaterManager::makeBackup(const QString &archivePath, bool withStatistics)
 {
     info() << "CREATING BACKUP" << archivePath << (withStatistics ? "with" : "without")
            << "statistics";
-    if (!checkArchivePath(*this, archivePath))
-        return false;
-
     const QDir configDirectory = getConfigPath();
     info() << "Firmware config path:" << configDirectory;
     const QString workingDirectory = configDirectory.canonicalPath();
     info() << "Setting zip working dir to" << workingDirectory;
 
-    QStringList directories = configurationDirectories();
+    QStringList arguments = {QStringLiteral("-r"), QStringLiteral("-1"), archivePath};
+    for (const ConfigurationGroup &group : configurationGroups())
+        arguments << group.directory;
     if (!withStatistics)
-        directories.removeLast();
-    const QStringList arguments =
-        QStringList{QStringLiteral("-r"), QStringLiteral("-1"), archivePath} + directories;
+        arguments.removeLast();
     info() << "Starting zip with arguments:" << arguments;
-
-    // zip itself flushes nothing. The archive's directory stands for the archive, since zip may add
-    // ".zip" to its name; one that is a link elsewhere is rewritten where it leads.
-    const QString archive = QDir(workingDirectory).absoluteFilePath(archivePath);
-    Disk::FileSystems changed;
-    changed.add(QFileInfo(archive).absolutePath());
-    changed.add(archive);
-
-    constexpr CommandLimits limits = {0, 120000};
-    const CommandResult zip =
-        runCommand(QStringLiteral("zip"), arguments, limits, workingDirectory);
-    if (!checkZipResult(*this, zip, arguments))
+    if (archivePath.isEmpty()) {
+        info() << "The archive path is empty";
         return false;
-    if (!flushToDisk(*this, "The archive", changed))
+    }
+    if (!checkNoOption(*this, archivePath) || !runZip(*this, arguments, workingDirectory))
+        return false;
+
+    // zip itself flushes nothing. It may add ".zip" to the archive's name, so that the archive's
+    // directory stands for it; an archive that is a link is rewritten where the link leads.
+    const QString archive = resolvePath(QDir(workingDirectory), archivePath);
+    if (!flushToDisk("The archive", {QFileInfo(archive).absolutePath(), archive}))
         return false;
     info() << "zip finished successfully, created file:" << archivePath;
     return true;
@@ -101,9 +107,6 @@ bool UpdaterManager::makeBackup(const QString &archivePath, bool withStatistics)
 
 std::unique_ptr<QTemporaryDir> UpdaterManager::unzipToTemp(const QString &archivePath)
 {
-    if (!checkArchivePath(*this, archivePath))
-        return nullptr;
-
     info() << "Creating temporary directory";
     auto directory = std::make_unique<QTemporaryDir>();
     if (!directory->isValid()) {
@@ -111,15 +114,8 @@ std::unique_ptr<QTemporaryDir> UpdaterManager::unzipToTemp(const QString &archiv
         return nullptr;
     }
     info() << "Directory created at" << directory->path();
-
-    constexpr CommandLimits limits = {10000, 600000};
-    const CommandResult unzip = runCommand(
-        QStringLiteral("unzip"), {QStringLiteral("-d"), directory->path(), archivePath}, limits);
-    info() << QString::fromUtf8(unzip.standardOutput);
-    if (unzip.succeeded())
+    if (runUnzip(*this, archivePath, directory->path()))
         return directory;
-    if (!unzip.problem.isEmpty())
-        info() << unzip.problem;
     info() << "unzip failed";
     return nullptr;
 }

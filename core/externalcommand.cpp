@@ -1,84 +1,95 @@
 #include "core/externalcommand.h"
 
-#include "core/signals.h"
-
-#include <array>
 #include <csignal>
+#include <cstdlib>
 
 namespace {
 
 // Long enough for zip to remove its temporary file.
 constexpr int graceMilliseconds = 5000;
 
-// A command that was started behind Signals::holdBack() has SIGTERM blocked, lest whoever stops
-// all processes around the tool ends it too; zip tidies up at SIGABRT just as well.
-constexpr std::array<int, 3> waysToEnd = {SIGTERM, SIGABRT, SIGKILL};
-
 class Command : public QProcess
 {
+public:
+    explicit Command(bool ignoreSigpipe) : ignoresSigpipe(ignoreSigpipe) {}
+
 protected:
-    void setupChildProcess() override { Signals::prepareChild(); }
+    void setupChildProcess() override
+    {
+        // Options of somebody else for zip and unzip: they could leave files out of a backup.
+        for (const char *variable : {"ZIP", "ZIPOPT", "UNZIP", "UNZIPOPT"})
+            ::unsetenv(variable);
+        if (ignoresSigpipe)
+            std::signal(SIGPIPE, SIG_IGN);
+    }
+
+private:
+    const bool ignoresSigpipe;
 };
 
-CommandResult::End waitFor(QProcess &process, const CommandLimits &limits)
+CommandResult::End waitFor(QProcess &process, const CommandSettings &settings)
 {
     if (process.state() == QProcess::NotRunning)
         return CommandResult::End::FailedToStart;
-    const bool started = limits.start == 0 || process.waitForStarted(limits.start);
-    if (started)
-        process.waitForFinished(limits.finish);
+    if (settings.startLimit > 0)
+        process.waitForStarted(settings.startLimit);
+    process.waitForFinished(settings.finishLimit);
     if (process.state() != QProcess::NotRunning)
         return CommandResult::End::OutOfTime;
-    return process.error() == QProcess::FailedToStart ? CommandResult::End::FailedToStart
-                                                      : CommandResult::End::Finished;
+    if (process.error() == QProcess::FailedToStart)
+        return CommandResult::End::FailedToStart;
+    return process.exitStatus() == QProcess::NormalExit ? CommandResult::End::Exited
+                                                        : CommandResult::End::Crashed;
 }
 
-QString problemOf(const QProcess &process, CommandResult::End end, const CommandLimits &limits)
-{
-    if (end == CommandResult::End::FailedToStart)
-        return QStringLiteral("%1 failed to start: %2")
-            .arg(process.program(), process.errorString());
-    if (process.state() == QProcess::Starting)
-        return QStringLiteral("%1 did not start within %2 ms")
-            .arg(process.program(),
-                 QString::number(limits.start == 0 ? limits.finish : limits.start));
-    return QStringLiteral("%1 did not finish within %2 ms and was ended")
-        .arg(process.program(), QString::number(limits.finish));
-}
-
+/** Ends a running command. SIGTERM may be blocked in it; zip tidies up at SIGABRT just as well. */
 void endProcess(QProcess &process)
 {
-    // Anything else would name a whole group of processes.
-    if (process.processId() <= 0)
+    ::kill(static_cast<pid_t>(process.processId()), SIGABRT);
+    if (process.waitForFinished(graceMilliseconds))
         return;
-    for (const int number : waysToEnd) {
-        ::kill(static_cast<pid_t>(process.processId()), number);
-        if (process.waitForFinished(number == SIGKILL ? -1 : graceMilliseconds))
-            return;
+    process.kill();
+    process.waitForFinished(-1);
+}
+
+CommandResult runAndWait(QProcess &process, const CommandSettings &settings)
+{
+    process.start(QIODevice::ReadOnly);
+    CommandResult result;
+    result.end = waitFor(process, settings);
+    result.error = process.error();
+    if (result.end == CommandResult::End::FailedToStart)
+        result.problem =
+            QStringLiteral("%1 failed to start: %2").arg(process.program(), process.errorString());
+    if (result.end == CommandResult::End::OutOfTime) {
+        result.problem = QStringLiteral("%1 did not finish within %2 ms and was ended")
+                             .arg(process.program(), QString::number(settings.finishLimit));
+        endProcess(process);
     }
+    result.exitCode = process.exitCode();
+    result.standardOutput = process.readAllStandardOutput();
+    result.standardError = process.readAllStandardError();
+    return result;
 }
 
 } // namespace
 
 CommandResult runCommand(const QString &program, const QStringList &arguments,
-                         const CommandLimits &limits, const QString &workingDirectory)
+                         const CommandSettings &settings)
 {
-    Command process;
-    process.setWorkingDirectory(workingDirectory);
+    Command process(settings.ignoresSigpipe);
+    process.setProgram(program);
+    process.setArguments(arguments);
+    process.setWorkingDirectory(settings.workingDirectory);
     process.setStandardInputFile(QProcess::nullDevice());
-    process.start(program, arguments, QIODevice::ReadOnly);
 
-    CommandResult result;
-    result.end = waitFor(process, limits);
-    result.error = process.error();
-    if (result.end != CommandResult::End::Finished)
-        result.problem = problemOf(process, result.end, limits);
-    if (result.end == CommandResult::End::OutOfTime)
-        endProcess(process);
-
-    result.exitStatus = process.exitStatus();
-    result.exitCode = process.exitCode();
-    result.standardOutput = process.readAllStandardOutput();
-    result.standardError = process.readAllStandardError();
+    // The caller may have blocked SIGCHLD: QProcess would never notice the end of a command.
+    sigset_t childEnd;
+    sigset_t callersMask;
+    sigemptyset(&childEnd);
+    sigaddset(&childEnd, SIGCHLD);
+    sigprocmask(SIG_UNBLOCK, &childEnd, &callersMask);
+    const CommandResult result = runAndWait(process, settings);
+    sigprocmask(SIG_SETMASK, &callersMask, nullptr);
     return result;
 }

@@ -1,4 +1,5 @@
-// The one way to run an external program: started, waited for and gone before the next step.
+// The one way to run an external program: it is started, waited for, and has ended before the next
+// step begins.
 
 #pragma once
 
@@ -7,46 +8,47 @@
 #include <QString>
 #include <QStringList>
 
-/** How long a command is waited for, in milliseconds. */
-struct CommandLimits
+/** How a command runs. The limits are in milliseconds; their defaults suit unzip and systemctl. */
+struct CommandSettings
 {
-    /** For its start alone; 0 leaves that to the check right after the start. */
-    int start;
-    /** For its end. */
-    int finish;
+    /** Empty: the tool's own. */
+    QString workingDirectory;
+    /** How long its start alone is waited for; 0: no wait of its own. */
+    int startLimit = 10000;
+    /** How long its end is waited for, after that. */
+    int finishLimit = 600000;
+    /** For a command that has to outlive the tool: writing to it then fails instead of killing. */
+    bool ignoresSigpipe = false;
 };
 
-/** What became of a command, and what it wrote. */
+/** How a command ended, and what it wrote. */
 struct CommandResult
 {
     enum class End {
-        Finished,
+        Exited,
+        Crashed,
         FailedToStart,
         OutOfTime,
     };
 
     End end = End::FailedToStart;
+    /** Qt's reason for a failed start. */
     QProcess::ProcessError error = QProcess::UnknownError;
-    QProcess::ExitStatus exitStatus = QProcess::CrashExit;
-    /** The signal's number when a signal ended the command; meaningless unless it finished. */
+    /** The signal's number for a command that crashed; meaningless for one that did not end. */
     int exitCode = -1;
     QByteArray standardOutput;
     QByteArray standardError;
-    /** For the log, when the command did not finish: what happened, naming program and limit. */
+    /** For the log, when the command failed to start or ran out of time: what happened. */
     QString problem;
 
     /** True when the command ran to its own end with exit code 0, and in no other case. */
-    bool succeeded() const
-    {
-        return end == End::Finished && exitStatus == QProcess::NormalExit && exitCode == 0;
-    }
+    bool succeeded() const { return end == End::Exited && exitCode == 0; }
 };
 
 /**
- * Runs `program`, found on the search path, with `arguments` in `workingDirectory` (empty: the
- * tool's own) and waits for its end. Its standard input is at its end from the start, so whatever
- * it asks, it goes on or fails at once. A command that runs out of time is asked to end, killed if
- * it does not within a few seconds, and has ended when this returns.
+ * Runs `program`, found on the search path, with `arguments` and waits for its end. Its standard
+ * input is the null device, so that a command that asks fails at once or continues. A command that
+ * runs out of time is aborted, after a few seconds killed, and has ended when this returns.
  */
 CommandResult runCommand(const QString &program, const QStringList &arguments,
-                         const CommandLimits &limits, const QString &workingDirectory = QString());
+                         const CommandSettings &settings = CommandSettings());

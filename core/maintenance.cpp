@@ -1,19 +1,18 @@
 // The maintenance operations: firmware update, backup restore and configuration removal.
 
-#include "core/outcome.h"
 #include "core/updatermanager.h"
-#include "fs/disk.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>
 #include <QFile>
 #include <QSysInfo>
 #include <QThread>
-#include <QVector>
+
+#include <csignal>
 
 namespace {
 
-/** Files of an update archive's directory that are installed below the root directory. */
+/** A directory of an update archive, and where its files are installed below the root directory. */
 struct InstallGroup
 {
     QString archiveDirectory;
@@ -38,7 +37,7 @@ std::vector<InstallGroup> installGroups()
     };
 }
 
-/** The text of the package's version.txt; empty, with the reason in the log, if there is none. */
+/** The text of the package's version.txt; empty, with the reason in the log, without one. */
 QString readVersionText(const UpdaterManager &manager, const QDir &package)
 {
     const QString path = package.absoluteFilePath(QStringLiteral("version.txt"));
@@ -81,7 +80,7 @@ bool hasDigest(const QString &path, const QString &hexDigest)
            QByteArray::fromHex(hexDigest.toUtf8());
 }
 
-/** Checks the lines "path:digest" that follow the version line; passes over any other line. */
+/** Checks the lines "path:digest" that follow the version line; skips any other line. */
 bool checkChecksums(const UpdaterManager &manager, const QDir &package, const QStringList &lines)
 {
     if (lines.size() < 2)
@@ -111,33 +110,31 @@ bool checkPackage(const UpdaterManager &manager, const QDir &package)
 }
 
 /**
- * The path of a new safety backup, named by the second. zip would rewrite one made within the same
- * second, and with it perhaps the only copy of an older state: wait for the next second instead,
- * though not for a clock that stands still.
+ * Blocks the signals that end or stop a program, for this process and the commands that it starts
+ * from here on: zip sets handlers of its own and would end at a signal that is merely ignored.
+ */
+void blockEndingSignals()
+{
+    sigset_t ending;
+    sigemptyset(&ending);
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP})
+        sigaddset(&ending, number);
+    sigprocmask(SIG_BLOCK, &ending, nullptr);
+}
+
+/**
+ * The path of a new safety backup, named by the second. zip would update one made within the same
+ * second, which may be the only copy of an older state: the next second gives another name.
  */
 QString safetyBackupPath(const QDir &configDirectory)
 {
-    constexpr int attempts = 3;
-    for (int attempt = 1;; ++attempt) {
+    const auto pathNow = [&configDirectory] {
         const QString time = QDateTime::currentDateTime().toString(Qt::ISODate);
-        const QString path =
-            configDirectory.absoluteFilePath(QStringLiteral("ostrel_backup_%1.osb2").arg(time));
-        if (attempt == attempts || !QFile::exists(path))
-            return path;
+        return configDirectory.absoluteFilePath(QStringLiteral("ostrel_backup_%1.osb2").arg(time));
+    };
+    if (QFile::exists(pathNow()))
         QThread::sleep(1);
-    }
-}
-
-/** Removes those directories that exist, and that from the disk too. */
-bool removeDirectories(const UpdaterManager &manager, const QDir &parent, const QStringList &names)
-{
-    Disk::FileSystems changed;
-    changed.add(parent.path());
-    bool removed = true;
-    for (const QString &name : names)
-        removed = QDir(parent.absoluteFilePath(name)).removeRecursively() && removed;
-    const bool flushed = flushToDisk(manager, "The removal", changed);
-    return removed && flushed;
+    return pathNow();
 }
 
 } // namespace
@@ -148,26 +145,23 @@ bool UpdaterManager::updateFirmware(const QString &archivePath)
     const std::unique_ptr<QTemporaryDir> extracted = unzipToTemp(archivePath);
     if (!extracted)
         return false;
-    const QString extractionPath = extracted->path();
-    const QDir extractionDirectory(extractionPath);
+    const QDir extractionDirectory(extracted->path());
     if (!checkPackage(*this, extractionDirectory))
         return false;
 
-    const auto installGroup = [this, extractionPath, extractionDirectory](
-                                  const QString &archiveDirectory, const QString &destination,
-                                  const QStringList &namePatterns) {
-        const QDir searchDirectory(extractionPath + QLatin1Char('/') + archiveDirectory);
-        const FileList files = FileManager::findFiles(searchDirectory, namePatterns);
-        info() << archiveDirectory << "files:" << files;
-        return copyAndReplaceFiles(QDir(extractionDirectory.absoluteFilePath(archiveDirectory)),
-                                   files, QDir(rootDirectory.absoluteFilePath(destination)));
+    const auto installGroup = [this, extractionDirectory](const InstallGroup &group) {
+        const QDir source(extractionDirectory.absoluteFilePath(group.archiveDirectory));
+        const FileList files = FileManager::findFiles(source, group.namePatterns);
+        info() << group.archiveDirectory << "files:" << files;
+        return copyAndReplaceFiles(source, files,
+                                   QDir(rootDirectory.absoluteFilePath(group.destination)));
     };
 
+    blockEndingSignals();
     stopServices(productServices());
     bool installed = true;
     for (const InstallGroup &group : installGroups())
-        installed = installGroup(group.archiveDirectory, group.destination, group.namePatterns) &&
-                    installed;
+        installed = installGroup(group) && installed;
     reloadSystemd();
     restartServices(productServices());
     return installed;
@@ -180,33 +174,33 @@ bool UpdaterManager::restoreBackup(const QString &archivePath)
     if (!extracted)
         return false;
     info() << "Extracted " << archivePath << "into" << extracted->path();
+    blockEndingSignals();
     stopServices(productServices());
 
-    const QStringList groups = configurationDirectories();
-    const QStringList headings = {QStringLiteral("Found archived backend config:"),
-                                  QStringLiteral("Found archived configurator config:"),
-                                  QStringLiteral("Found archived databases:")};
-    QVector<FileList> archivedFiles;
-    const auto sourceDirectory = [&extracted](const QString &group) {
-        return QDir(extracted->path() + QLatin1Char('/') + group);
+    struct ArchivedGroup
+    {
+        QDir source;
+        FileList files;
+        QString directory;
     };
-    for (int i = 0; i < groups.size(); ++i) {
-        archivedFiles << FileManager::findFiles(sourceDirectory(groups[i]), {QStringLiteral("*")});
-        info() << headings[i] << archivedFiles[i];
+    std::vector<ArchivedGroup> archivedGroups;
+    for (const ConfigurationGroup &group : configurationGroups()) {
+        const QDir source(extracted->path() + QLatin1Char('/') + group.directory);
+        const FileList files = FileManager::findFiles(source, {QStringLiteral("*")});
+        info() << group.heading << files;
+        archivedGroups.push_back({source, files, group.directory});
     }
 
     const QDir configDirectory = getConfigPath();
     info() << "Firmware config path:" << configDirectory;
     const QString safetyBackup = safetyBackupPath(configDirectory);
     info() << "Making backup:" << safetyBackup;
-    const bool backedUp = makeBackup(safetyBackup, true);
-    info() << "Backup" << outcomeWord(backedUp);
+    logOutcome("Backup", makeBackup(safetyBackup, true));
 
     bool restored = true;
-    for (int i = 0; i < groups.size(); ++i) {
-        const QDir destination(configDirectory.absoluteFilePath(groups[i]));
-        restored = copyAndReplaceFiles(sourceDirectory(groups[i]), archivedFiles[i], destination) &&
-                   restored;
+    for (const ArchivedGroup &group : archivedGroups) {
+        const QDir destination(configDirectory.absoluteFilePath(group.directory));
+        restored = copyAndReplaceFiles(group.source, group.files, destination) && restored;
     }
     restartServices(productServices());
     return restored;
@@ -215,6 +209,7 @@ bool UpdaterManager::restoreBackup(const QString &archivePath)
 bool UpdaterManager::removeConfiguration()
 {
     info() << "REMOVING CONFIGURATION";
+    blockEndingSignals();
     stopServices(productServices());
 
     const QDir configDirectory = getConfigPath();
@@ -224,14 +219,19 @@ bool UpdaterManager::removeConfiguration()
     makeBackup(safetyBackup, true);
 
     for (const QString &oldBackup : oldBackups) {
-        const QString path = configDirectory.absoluteFilePath(oldBackup);
-        // It had the new one's very name, and now holds the new one.
+        const QString path = resolvePath(configDirectory, oldBackup);
+        // An old backup that had the new one's very name now is the new one.
         if (path == safetyBackup)
             continue;
         info() << "Removing" << oldBackup;
         QFile::remove(path);
     }
-    const bool removed = removeDirectories(*this, configDirectory, configurationDirectories());
+    bool removed = true;
+    for (const ConfigurationGroup &group : configurationGroups()) {
+        QDir directory(configDirectory.absoluteFilePath(group.directory));
+        removed = directory.removeRecursively() && removed;
+    }
+    const bool flushed = flushToDisk("The removal", {configDirectory.path()});
     restartServices(productServices());
-    return removed;
+    return removed && flushed;
 }

@@ -1,15 +1,13 @@
 // The product's systemd services: stopping, querying and restarting them with systemctl.
 
 #include "core/externalcommand.h"
-#include "core/signals.h"
 #include "core/updatermanager.h"
 
 namespace {
 
 CommandResult runSystemctl(const QStringList &arguments)
 {
-    constexpr CommandLimits limits = {10000, 600000};
-    return runCommand(QStringLiteral("systemctl"), arguments, limits);
+    return runCommand(QStringLiteral("systemctl"), arguments);
 }
 
 } // namespace
@@ -22,7 +20,6 @@ std::vector<QString> UpdaterManager::productServices()
 
 void UpdaterManager::stopServices(const std::vector<QString> &services)
 {
-    Signals::holdBack();
     info() << "Stopping services";
     for (const QString &service : services) {
         const bool stopped = runSystemctl({QStringLiteral("stop"), service}).succeeded();

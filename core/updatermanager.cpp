@@ -1,5 +1,7 @@
 #include "core/updatermanager.h"
 
+#include "fs/disk.h"
+
 #include <QTextStream>
 
 namespace {
@@ -38,9 +40,27 @@ QDebug &UpdaterManager::info() const
 
 QStringList UpdaterManager::getOutputLog() const { return logLines; }
 
-QStringList UpdaterManager::configurationDirectories()
+bool UpdaterManager::logOutcome(const char *step, bool succeeded) const
 {
-    return {QStringLiteral("backend"), QStringLiteral("configurator"), QStringLiteral("db")};
+    info() << step << (succeeded ? "successfull" : "failed");
+    return succeeded;
+}
+
+bool UpdaterManager::flushToDisk(const char *what, const QSet<QString> &paths) const
+{
+    const QString error = Disk::flushFileSystems(paths);
+    if (!error.isNull())
+        info() << what << "could not be written to the disk:" << error;
+    return error.isNull();
+}
+
+std::vector<UpdaterManager::ConfigurationGroup> UpdaterManager::configurationGroups()
+{
+    return {
+        {QStringLiteral("backend"), QStringLiteral("Found archived backend config:")},
+        {QStringLiteral("configurator"), QStringLiteral("Found archived configurator config:")},
+        {QStringLiteral("db"), QStringLiteral("Found archived databases:")},
+    };
 }
 
 QDir UpdaterManager::getConfigPath() const

@@ -7,6 +7,7 @@
 #include <QDebug>
 #include <QDir>
 #include <QObject>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -16,8 +17,8 @@
 
 /**
  * Carries out one maintenance operation below a root directory and writes each step to the
- * operation log. Operations and building blocks return false (or null) on failure and leave the
- * reason in the log; they throw nothing.
+ * operation log. Operations and building blocks return false (or null) on failure, write the reason
+ * to the log, and throw nothing.
  */
 class UpdaterManager : public QObject
 {
@@ -25,15 +26,15 @@ class UpdaterManager : public QObject
 
 public:
     /**
-     * `rootPath`: the directory below which the device's files lie; stored unchanged, not tested.
-     * `echo`: collect the log and print it on standard error when the manager goes.
+     * `rootPath`: the directory below which the device's files are; stored unchanged, not tested.
+     * `echo`: collect the log and print it on standard error when the manager is destroyed.
      */
     UpdaterManager(const QString &rootPath, bool echo, QObject *parent);
 
     /**
-     * Commits the line written since the last call and starts the next one, to be written to the
-     * stream that this returns. Items are separated by one blank and unquoted: leave the stream's
-     * settings alone. The first line of a run is therefore empty, the last needs one more call.
+     * Commits the line written since the last call and returns the stream for the next one. Items
+     * are separated by one blank and unquoted; callers do not change the stream's settings. The
+     * first line of a run is therefore empty, and the last one needs one more call.
      */
     QDebug &info() const;
 
@@ -43,32 +44,33 @@ public:
     /** The firmware configuration directory as seen below the root directory; not created. */
     QDir getConfigPath() const;
 
-    // Operations: one a run.
+    // Operations: one a run. Before they stop services, they block the signals that would end or
+    // stop the process, until it exits: the restart of the services is always reached.
 
     /**
      * Installs the firmware update archive at `archivePath` below the root directory. False when
-     * the package does not verify, with nothing changed, or when a file of it was not installed;
-     * what was installed by then stays.
+     * the package does not verify, with nothing changed, or when one of its files was not
+     * installed; files installed before that stay.
      */
     bool updateFirmware(const QString &archivePath);
 
     /**
-     * Puts the files of the backup archive at `archivePath` back into the configuration directory,
+     * Copies the files of the backup archive at `archivePath` into the configuration directory,
      * after a safety backup. False when the archive cannot be unpacked, with nothing changed, or
-     * when a file was not put back; files that the archive does not hold stay.
+     * when a file was not restored; files that the archive does not contain stay.
      */
     bool restoreBackup(const QString &archivePath);
 
     /**
      * Packs the configuration into a zip archive. A relative `archivePath` counts from the
      * configuration directory; an existing archive is updated in place. True when the archive is
-     * on the disk. Also a building block of the other operations.
+     * on the disk. Also a building block: it stops no services and blocks no signals.
      */
     bool makeBackup(const QString &archivePath, bool withStatistics);
 
     /**
      * Removes the configuration and older backups, after a safety backup. True when the
-     * configuration's directories are gone, from the disk too.
+     * configuration's directories are removed, and the removal is on the disk.
      */
     bool removeConfiguration();
 
@@ -76,27 +78,23 @@ public:
 
     /**
      * Unpacks the archive at `archivePath` (relative to the working directory) into a new
-     * temporary directory that goes with its owner. Null unless the whole archive was unpacked.
+     * temporary directory, which its owner deletes. Null unless the whole archive was unpacked.
      */
     std::unique_ptr<QTemporaryDir> unzipToTemp(const QString &archivePath);
 
-    /**
-     * Stops systemd services, in list order; only the log tells which failed. From here to the end
-     * of the process, signals that would end it are held back, so that a restart is reached.
-     */
+    /** Stops systemd services, in list order; only the log reports a failure. */
     void stopServices(const std::vector<QString> &services);
 
-    /** True when systemd's answer for `service` speaks of "enabled". Writes nothing to the log. */
+    /** True when systemd's answer for `service` contains "enabled". Writes nothing to the log. */
     bool isServiceEnabled(const QString &service) const;
 
-    /** Restarts those of the systemd services that are enabled; only the log tells of failures. */
+    /** Restarts those of the systemd services that are enabled; only the log reports a failure. */
     void restartServices(const std::vector<QString> &services);
 
     /**
      * Copies each of `files` from below `from` to the same path below `to`, which is created. An
-     * existing file is given up only once its replacement beside it, ".new", is on the disk. Stops
-     * at the first failure and returns false; true when every file, and all that changed with it,
-     * is on the disk.
+     * existing file is removed only once its replacement beside it, ".new", is on the disk. Stops
+     * at the first failure and returns false; true when every file is installed and on the disk.
      */
     bool copyAndReplaceFiles(const QDir &from, const FileList &files, const QDir &to);
 
@@ -104,11 +102,31 @@ private:
     /** The product's services, in the order in which they are stopped and restarted. */
     static std::vector<QString> productServices();
 
-    /** The configuration's directories in the configuration directory; the last: statistics. */
-    static QStringList configurationDirectories();
+    /** A directory of the configuration directory that backups contain. */
+    struct ConfigurationGroup
+    {
+        QString directory;
+        /** The log's words before the files that a restore finds. */
+        QString heading;
+    };
 
-    /** Makes systemd read its unit files again; a failure is not told. */
+    /** In the order of their restore; the last one holds the statistics. */
+    static std::vector<ConfigurationGroup> configurationGroups();
+
+    /** Makes systemd read its unit files again; a failure is not reported. */
     void reloadSystemd() const;
+
+    /** Installs one file, given by absolute paths, into a directory that may be missing. */
+    bool installFile(const QString &source, const QString &destination) const;
+
+    /** Installs one file over an existing one. */
+    bool replaceFile(const QString &source, const QString &destination) const;
+
+    /** Writes how `step` ended, in the words that other programs search the log for; returns it. */
+    bool logOutcome(const char *step, bool succeeded) const;
+
+    /** Flushes the file systems that hold `paths`; a failure is logged in a line about `what`. */
+    bool flushToDisk(const char *what, const QSet<QString> &paths) const;
 
     QDir rootDirectory;
     bool verbose;

@@ -18,6 +18,13 @@ QString commonDataPath()
 
 } // namespace
 
+QString resolvePath(const QDir &directory, const QString &path)
+{
+    if (path.startsWith(QLatin1Char('/')))
+        return path;
+    return directory.absolutePath() + QLatin1Char('/') + path;
+}
+
 FileManager::FileManager(const QString &name, Root root) : directory(QString())
 {
     if (root == DataRoot)
@@ -58,9 +65,9 @@ FileList FileManager::findFiles(const QDir &start, const QStringList &patterns)
             current.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::NoSort);
         const QStringList files = current.entryList(namePatterns, QDir::Files, QDir::NoSort);
         for (const QString &name : files)
-            found.push_back(base.relativeFilePath(current.absoluteFilePath(name)));
+            found.push_back(base.relativeFilePath(resolvePath(current, name)));
         for (const QString &name : subdirectories) {
-            const FileList below = recurse(QDir(current.absoluteFilePath(name)), namePatterns);
+            const FileList below = recurse(QDir(resolvePath(current, name)), namePatterns);
             found.insert(found.end(), below.cbegin(), below.cend());
         }
 

@@ -14,6 +14,12 @@ class QDomDocument;
 using FileList = std::vector<QString>;
 
 /**
+ * The absolute path of `path`, which counts from `directory` unless it begins with "/". Unlike
+ * QDir::absoluteFilePath() it does not take a name that begins with ":" for a path of its own.
+ */
+QString resolvePath(const QDir &directory, const QString &path);
+
+/**
  * One directory that belongs to the device's applications: a named one below the common data
  * directory of the user who runs the program, or below the directory the program is installed in.
  */

@@ -6,6 +6,10 @@
 #include <QRegularExpression>
 #include <QtTest>
 
+#include <csignal>
+
+#include <unistd.h>
+
 namespace {
 
 void runIn(const QString &directory, const QString &program, const QStringList &arguments)
@@ -18,7 +22,15 @@ void runIn(const QString &directory, const QString &program, const QStringList &
 
 } // namespace
 
-Device::Device() : scratch(QDir::tempPath() + "/ostrel tëst XXXXXX")
+void Process::setupChildProcess()
+{
+    ::setpgid(0, 0);
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP})
+        std::signal(number, SIG_DFL);
+}
+
+Device::Device()
+    : scratch(QDir::tempPath() + "/ostrel tëst XXXXXX"), other("/dev/shm/ostrel-test-XXXXXX")
 {
     for (const char *directory : {"root", "tmp", "state"})
         QDir(path(directory)).mkpath(".");
@@ -62,14 +74,11 @@ QString Device::files(const QString &below) const
     return found.join("; ");
 }
 
-QString Device::pack(const QString &files, const QString &option) const
+void Device::pack(const QString &files) const
 {
     const QTemporaryDir content(path("content"));
-    const QString archive = path("package.zip");
-    QFile::remove(archive);
     write(content.path(), files);
-    runIn(content.path(), "zip", {option, "-qr", archive, "."});
-    return archive;
+    runIn(content.path(), "zip", {"-qr", path("package.zip"), "."});
 }
 
 Run Device::run(const QStringList &arguments, const QString &setup) const
@@ -87,10 +96,11 @@ void Device::start(QProcess &tool, const QStringList &arguments, const QString &
     environment.insert("TMPDIR", path("tmp"));
     environment.insert("SYSTEMCTL_STATE", path("state"));
     environment.insert("CONFIG", config());
+    environment.insert("OTHER_DISK", otherDisk());
     environment.insert("FAKETIME_LIBRARY", OSTREL_FAKETIME);
     environment.insert("LC_ALL", "C"); // as where a service manager starts it
     environment.remove("XDG_DATA_HOME");
-    const QString prelude = ". '" OSTREL_CASES "/prelude.sh'\n";
+    const QString prelude = ". '" OSTREL_PRELUDE "'\n";
     tool.setProcessEnvironment(environment);
     tool.setWorkingDirectory(scratch.path());
     tool.start("sh", QStringList{"-c", prelude + setup + "\nexec $TRACE \"$@\"", "sh"} +
@@ -100,7 +110,9 @@ void Device::start(QProcess &tool, const QStringList &arguments, const QString &
 
 Run Device::finish(QProcess &tool) const
 {
-    tool.waitForFinished(60000);
+    const auto group = static_cast<pid_t>(tool.processId());
+    if (!tool.waitForFinished(60000) && group > 0)
+        ::kill(-group, SIGKILL);
     const int sign = tool.exitStatus() == QProcess::CrashExit ? -1 : 1;
     const QRegularExpression listing(" *(adding|updating|inflating|extracting|creating):.*\n");
     QFile report(path("report"));

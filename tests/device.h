@@ -7,10 +7,14 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-// In place of QProcess: qemu refuses the way in which Qt starts a plain one, whose number is -1
-// then, so that ending it ends every process of the machine.
+/**
+ * Starts a program as an interactive shell does: in a process group of its own, with no signal
+ * ignored. (A plain QProcess has no process number under qemu.)
+ */
 class Process : public QProcess
 {
+protected:
+    void setupChildProcess() override;
 };
 
 /** What a run of the tool left for its caller. */
@@ -19,7 +23,7 @@ struct Run
     /** Negative: the number of the signal that ended it. */
     int exitStatus;
     QString console;
-    /** Without zip's and unzip's listings, whose order is the file system's. */
+    /** Without the lists of files that zip and unzip print, whose order is the file system's. */
     QString report;
 };
 
@@ -35,11 +39,13 @@ public:
     QString path(const QString &relative) const;
     /** The configuration directory, as seen below the root directory "root". */
     QString config() const;
+    /** A directory on another file system, if this machine has one in memory. */
+    QString otherDisk() const { return other.path(); }
 
     void write(const QString &below, const QString &files) const;
     QString files(const QString &below) const;
-    /** Packs files with the real zip, given one more option, and returns the archive's path. */
-    QString pack(const QString &files, const QString &option = "-q") const;
+    /** Packs files into package.zip with the real zip. */
+    void pack(const QString &files) const;
 
     /** Runs the tool from a shell that has run `setup`; with $TRACE before it, if that is set. */
     Run run(const QStringList &arguments, const QString &setup = QString()) const;
@@ -50,4 +56,5 @@ private:
     QString normalized(QString text) const;
 
     QTemporaryDir scratch;
+    QTemporaryDir other;
 };

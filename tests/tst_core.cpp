@@ -7,6 +7,8 @@
 #include <QDomDocument>
 #include <QtTest>
 
+#include <csignal>
+
 class TestCore : public QObject
 {
     Q_OBJECT
@@ -14,6 +16,7 @@ class TestCore : public QObject
 private Q_SLOTS:
     void initTestCase() { qputenv("XDG_DATA_HOME", QFile::encodeName(device.path("data"))); }
     void logCommitsALineWithTheNextOne();
+    void buildingBlocksLeaveTheSignalMaskAlone();
     void configurationLiesBelowTheRoot_data();
     void configurationLiesBelowTheRoot();
     void fileManagerNamesItsDirectory();
@@ -40,6 +43,23 @@ void TestCore::logCommitsALineWithTheNextOne()
     }
     qInstallMessageHandler(handler);
     QCOMPARE(messages, QStringList({" \nA say \"B\" ä\n 7  \n(a b, c) std::vector(d, e)  \n", ""}));
+}
+
+void TestCore::buildingBlocksLeaveTheSignalMaskAlone()
+{
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", device.path(".").toUtf8());
+    sigset_t mask;
+    sigemptyset(&mask);
+    sigaddset(&mask, SIGCHLD);
+    pthread_sigmask(SIG_SETMASK, &mask, nullptr);
+    UpdaterManager manager("/", false, nullptr);
+    manager.stopServices({"a service"});
+    manager.makeBackup("backup", true);
+    QVERIFY(!manager.unzipToTemp("archive"));
+    qputenv("PATH", path);
+    pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+    QVERIFY(sigismember(&mask, SIGCHLD) && !sigismember(&mask, SIGTERM));
 }
 
 void TestCore::configurationLiesBelowTheRoot_data()
@@ -82,15 +102,16 @@ void TestCore::fileManagerNamesItsDirectory()
 void TestCore::searchListsDepthFirstAndFollowsLinks()
 {
     const QDir start(device.path("tree"));
-    device.write("tree", "b.txt; A.TXT; c.md; .h.txt; .hid/x.txt; a.txt/c.txt; Sub/d/ë f.txt");
+    device.write("tree", ":e.txt; b.txt; A.TXT; c.md; .h.txt; .hid/x.txt; a.txt/c.txt; "
+                         ":g/:h.txt; Sub/d/ë f.txt");
     QFile::link(device.path("tree/Sub/d"), device.path("tree/again"));
     QFile::link(device.path("tree"), device.path("tree/Sub/d/cycle"));
     QFile::link("nowhere", device.path("tree/broken.txt"));
     QFile::link("b.txt", device.path("tree/link.txt"));
-    QCOMPARE(
-        FileManager::findFiles(start, {"*.txt"}),
-        FileList({"A.TXT", "b.txt", "link.txt", "a.txt/c.txt", "again/ë f.txt", "Sub/d/ë f.txt"}));
-    QCOMPARE(FileManager::findFiles(start, {}).size(), std::size_t(7));
+    QCOMPARE(FileManager::findFiles(start, {"*.txt"}),
+             FileList({":e.txt", "A.TXT", "b.txt", "link.txt", ":g/:h.txt", "a.txt/c.txt",
+                       "again/ë f.txt", "Sub/d/ë f.txt"}));
+    QCOMPARE(FileManager::findFiles(start, {}).size(), std::size_t(9));
     QVERIFY(FileManager::findFiles(QDir(device.path("absent")), {"*"}).empty());
 }
 

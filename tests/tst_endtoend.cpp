@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
+#include <QStorageInfo>
 #include <QSysInfo>
 #include <QtTest>
 
@@ -15,6 +16,7 @@ using Case = QMap<QString, QStringList>;
 namespace {
 
 const QStringList update = {"--update-firmware", "package.zip"};
+const QString updatePackage = "version.txt=1; bin/a=new; bin/b=new; udev/c.rules=new";
 
 QString testData(const QString &name)
 {
@@ -22,17 +24,11 @@ QString testData(const QString &name)
     return file.open(QIODevice::ReadOnly) ? QString(file.readAll()).chopped(1) : QString();
 }
 
-/** What a line of a case stands for. */
-QString plain(QString text) { return text.replace("\\n", "\n").replace("\\r", "\r"); }
-
-void prepare(const Device &device, const QString &package = {})
+void prepare(const Device &device, const QString &package = updatePackage)
 {
     device.write("root/opt/ostrel", "a=old; b=old");
     device.write(device.config(), "backend/1=1; configurator/2=2; old.osb2=");
-    if (package.isEmpty())
-        device.pack("version.txt=1; bin/a=new; bin/b=new; udev/c.rules=new");
-    else
-        device.pack(package.section(' ', 1), package.section(' ', 0, 0));
+    device.pack(package);
 }
 
 /** Each of the two old files is there, or the new one is, maybe beside it or beside nothing. */
@@ -40,17 +36,41 @@ bool isWhole(const QString &files)
 {
     const QString whole =
         "(opt/ostrel/%1\\.new=new(; opt/ostrel/%1=(old|new))?|opt/ostrel/%1=(old|new))";
-    const QRegularExpression pattern(whole.arg("a") + "; " + whole.arg("b"));
+    const QRegularExpression pattern(whole.arg("a") + ";.* " + whole.arg("b"));
     return pattern.match(files).hasMatch();
 }
 
+/** Whether strace, libfaketime and another disk can be had here, as far as `setup` needs them. */
 bool canRun(const QString &setup)
 {
     const bool emulated = qstrlen(OSTREL_EMULATOR) != 0;
-    if (setup.contains("clock "))
-        return !emulated && qstrlen(OSTREL_FAKETIME) != 0;
+    if (setup.contains("clock ") && (emulated || qstrlen(OSTREL_FAKETIME) == 0))
+        return false;
+    const Device device;
+    const QStorageInfo disk(device.path("."));
+    if (setup.contains("OTHER_DISK") && QStorageInfo(device.otherDisk()).device() == disk.device())
+        return false;
     const QStringList trial = {"-qq", "-o", "/dev/null", "true"};
     return !setup.contains("inject ") || (!emulated && QProcess::execute("strace", trial) == 0);
+}
+
+/** What holds for every run on a prepared device. */
+void checkInvariants(const Device &device, const Run &run, const QString &before)
+{
+    QVERIFY(QDir(device.path("tmp")).isEmpty());
+    QVERIFY(QDir(device.config()).entryList({"zi??????"}).isEmpty());
+    const QString after = device.files("root");
+    QVERIFY2(isWhole(after), qPrintable(after));
+    const QString calls = device.files("state");
+    QCOMPARE(calls.count("is-enabled "), calls.count("stop "));
+    const bool stopped = run.report.contains("\nStopping services \n");
+    QCOMPARE(run.report.contains("\nRestarting enabled services \n"), stopped);
+    if (!run.report.isEmpty())
+        QCOMPARE(run.report.section('\n', 0, 0).endsWith(" SUCCESS"), run.exitStatus == 0);
+    if (run.report.startsWith("UPDATE SUCCESS"))
+        QVERIFY2(after.count(QRegularExpression("opt/ostrel/[ab]=new")) == 2, qPrintable(after));
+    if (run.report.startsWith("UPDATE FAILURE") && !stopped)
+        QCOMPARE(after, before);
 }
 
 } // namespace
@@ -72,41 +92,48 @@ void TestEndToEnd::configurationGoesRoundTrip()
 {
     const Device device;
     const QString others = "; other/x=x; top=t";
-    const QString small = "backend/.h=h; backend/o.OSB2=; backend/é b/1=1; configurator/2=2";
+    const QString small = "backend/.h=h; backend/:o.OSB2=; backend/:é b/1=1; configurator/2=2";
     const QString full = small + "; db/3=3";
     device.write(device.config(), full + others);
     QCOMPARE(device.run({"--make-backup", "full.osb2"}).exitStatus, 0);
     QCOMPARE(device.files(device.config()), full + "; full.osb2={" + full + "}" + others);
-    const Run backup = device.run({"--make-backup", device.path("small.osb2"), "--no-statistics"});
-    QCOMPARE(backup.report.split('\n'), testData("reports/backup.txt").split('\n'));
+    const QString path = device.path("small.osb2");
+    QCOMPARE(device.run({"--make-backup", path, "--no-statistics"}).exitStatus, 0);
     QVERIFY(device.files(".").contains("; small.osb2={" + small + "}"));
 
-    device.write(device.config(), "backend/é b/1=changed; db/3=changed");
+    device.write(device.config(), "backend/:é b/1=changed; db/3=changed");
+    QVERIFY(QFile::remove(device.config() + "/backend/:o.OSB2"));
+    QVERIFY(QFile::remove(device.config() + "/configurator/2"));
     const QString changed = small + "; db/3=changed";
     const Run restore = device.run({"--restore-backup", "small.osb2"});
     QCOMPARE(restore.exitStatus, 0);
     QCOMPARE(restore.report.split('\n'), testData("reports/restore.txt").split('\n'));
-    QCOMPARE(device.files(device.config()),
-             changed + "; full.osb2={" + full + "}; ostrel_backup_NOW.osb2={" +
-                 QString(changed).replace("/1=1", "/1=changed") + "}" + others);
+    QCOMPARE(device.files(device.config()), changed + "; full.osb2={" + full +
+                                                "}; ostrel_backup_NOW.osb2={backend/.h=h; " +
+                                                "backend/:é b/1=changed; db/3=changed}" + others);
 
     const Run removal = device.run({"--remove-configuration"});
     QCOMPARE(removal.exitStatus, 0);
-    QCOMPARE(removal.report.split('\n'), testData("reports/removal.txt").split('\n'));
+    const QStringList removed = removal.report.split('\n').filter(QRegularExpression("^Removing"));
+    QCOMPARE(removed, QStringList({"Removing full.osb2 ", "Removing ostrel_backup_NOW.osb2 ",
+                                   "Removing backend/:o.OSB2 "}));
     QCOMPARE(device.files(device.config()), "ostrel_backup_NOW.osb2={" + changed + "}" + others);
 }
 
 void TestEndToEnd::caseEndsAsItShould_data()
 {
+    const QStringList keys = {"package", "setup", "run", "log", "after", "report"};
     QTest::addColumn<Case>("wanted");
-    QString text;
-    for (const char *name : {"packages", "commands", "disk"})
-        text += testData(QString("cases/%1.txt").arg(name)) + "\n";
-    for (const QString &lines : text.split("\n[").mid(1)) {
-        Case wanted;
-        for (const QString &line : lines.section('\n', 1).split('\n'))
-            wanted[line.section(": ", 0, 0)] << plain(line.section(": ", 1));
-        QTest::newRow(qPrintable(lines.section(']', 0, 0))) << wanted;
+    for (const QString &text : testData("cases.txt").split("\n[").mid(1)) {
+        Case wanted = {{"exit", {text.section("] ", 0, 0)}}};
+        for (const QString &line : text.split('\n').mid(1)) {
+            if (line.isEmpty() || line.startsWith('#'))
+                continue;
+            const QString key = line.section(": ", 0, 0);
+            QVERIFY2(keys.contains(key), qPrintable(line));
+            wanted[key] << line.section(": ", 1).replace("\\n", "\n").replace("\\r", "\r");
+        }
+        QTest::newRow(qPrintable(text.section('\n', 0, 0).section("] ", 1))) << wanted;
     }
 }
 
@@ -115,33 +142,28 @@ void TestEndToEnd::caseEndsAsItShould()
     QFETCH(Case, wanted);
     const QString setup = wanted["setup"].join('\n');
     if (!canRun(setup))
-        QSKIP("strace or libfaketime does not work here");
+        QSKIP("strace, libfaketime or another disk cannot be had here");
     const Device device;
-    QString package = wanted["package"].join("");
-    package.replace("ARCH", QSysInfo::currentCpuArchitecture());
-    prepare(device, package);
+    QString package = wanted.value("package", {updatePackage}).constFirst();
+    prepare(device, package.replace("ARCH", QSysInfo::currentCpuArchitecture()));
     const QString before = device.files("root");
     const QString arguments = wanted.value("run", {update.join(' ')}).constFirst();
     const Run run = device.run(arguments.split(' '), setup);
 
     QVERIFY2(wanted["exit"] == QStringList(QString::number(run.exitStatus)),
              qPrintable(run.report + run.console));
-    QVERIFY2(!run.console.contains("still running"), qPrintable(run.console));
+    QVERIFY2(run.console.isEmpty() || arguments.contains("--verbose"), qPrintable(run.console));
+    checkInvariants(device, run, before);
     int position = 0;
     for (const QString &line : wanted["log"]) {
-        position = ("\n" + run.report).indexOf("\n" + line, position);
+        position = (run.report + "\n").indexOf("\n" + line + " \n", position);
         QVERIFY2(position >= 0, qPrintable(line + " is not in its place in\n" + run.report));
+        position += line.size() + 2;
     }
     if (wanted.contains("report"))
         QCOMPARE(run.report.split('\n'), testData(wanted["report"].constFirst()).split('\n'));
-    QVERIFY(QDir(device.path("tmp")).isEmpty());
-    QVERIFY(QDir(device.config()).entryList({"zi??????"}).isEmpty());
     const QString after = device.files("root") + device.files("state");
-    QVERIFY2(isWhole(after), qPrintable(after));
-    if (run.report.startsWith("UPDATE FAILURE") && !run.report.contains("\nStopping"))
-        QCOMPARE(after, before);
-    for (const QString &part : wanted["after"])
-        QVERIFY2(after.contains(part), qPrintable(part + " is not in\n" + after));
+    QVERIFY2(after.contains(wanted["after"].join("")), qPrintable(after));
 }
 
 void TestEndToEnd::signalEndsOnlyWhatMayEnd_data()
@@ -157,18 +179,18 @@ void TestEndToEnd::signalEndsOnlyWhatMayEnd()
     const Device device;
     prepare(device);
     Process tool;
-    // In a process group of its own, as a shell starts it on a terminal.
     device.start(tool, QString(QTest::currentDataTag()).split(' '),
-                 "mkdir \"$CONFIG/db\"; truncate -s 1G \"$CONFIG/db/big\"; TRACE=setsid");
+                 "mkdir \"$CONFIG/db\"; truncate -s 500M \"$CONFIG/db/big\"");
+    const auto group = static_cast<pid_t>(tool.processId());
+    QVERIFY(group > 0);
     const QDir config(device.config());
     QTRY_VERIFY(!config.entryList({"zi??????"}).isEmpty());
-    const QVector<int> numbers = {SIGHUP, SIGQUIT, SIGTERM, SIGTSTP};
-    for (const int number : QVector<int>{SIGINT} + (exitStatus == 0 ? numbers : QVector<int>()))
-        ::kill(-static_cast<pid_t>(tool.processId()), number);
+    const QVector<int> numbers = {SIGINT, SIGHUP, SIGQUIT, SIGTERM, SIGTSTP};
+    for (const int number : exitStatus == 0 ? numbers : QVector<int>{SIGINT})
+        ::kill(-group, number);
     const Run run = device.finish(tool);
     QCOMPARE(run.exitStatus, exitStatus);
     QCOMPARE(run.report.contains("\nzip finished successfully"), exitStatus == 0);
-    QCOMPARE(run.report.endsWith("Configurator restarted successfuly "), exitStatus == 0);
     QTRY_VERIFY(config.entryList({"zi??????", "b.osb2"}).isEmpty());
 }
 
@@ -177,13 +199,16 @@ void TestEndToEnd::killedUpdateIsRepairedByTheNext()
     const QString setup = "inject %1 signal=KILL:when=%2";
     if (!canRun(setup))
         QSKIP("strace does not work here");
-    for (const QString call :
-         {"linkat", "chmod", "fsync", "unlink", "renameat2", "syncfs", "mkdir"}) {
+    QString report;
+    for (const QString call : {"linkat", "chmod", "unlink", "renameat2", "mkdir", "syncfs"}) {
         int exitStatus = -SIGKILL;
         for (int nth = 1; exitStatus == -SIGKILL; ++nth) {
             const Device device;
             prepare(device);
-            exitStatus = device.run(update, setup.arg(call).arg(nth)).exitStatus;
+            const Run run = device.run(update, setup.arg(call).arg(nth));
+            exitStatus = run.exitStatus;
+            if (exitStatus == -SIGKILL)
+                report = run.report;
             QVERIFY2(exitStatus == -SIGKILL || (nth > 1 && exitStatus == 0), qPrintable(call));
             QVERIFY2(isWhole(device.files("root")), qPrintable(call + device.files("root")));
             QCOMPARE(device.run(update).exitStatus, 0);
@@ -193,6 +218,7 @@ void TestEndToEnd::killedUpdateIsRepairedByTheNext()
             QCOMPARE(after, QString("udev/rules.d/c.rules=new; ostrel/a=new; ostrel/b=new"));
         }
     }
+    QVERIFY2(report.startsWith("UPDATE SUCCESS"), "the report is not flushed");
 }
 
 QTEST_GUILESS_MAIN(TestEndToEnd)

@@ -1,13 +1,12 @@
 # Shell functions that prepare a run of the tool; they stand before each case's own setup.
 # shellcheck shell=sh disable=SC2034
 TRACE=
-hangs='#!/bin/sh
-echo asked; trap "" TERM; while :; do :; done'
+hangs='echo asked; trap "" ABRT; while :; do :; done'
 
-# inject CALL FAULT: makes one of the tool's own system calls fail, or kills the tool at it.
+# inject CALL FAULT [OPTION]: strace makes some of the tool's system calls fail, or kills it there.
 inject() {
-    export ASAN_OPTIONS=detect_leaks=0
-    TRACE="strace -qq -o trace -e trace=$1 -e inject=$1:$2"
+    export ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0
+    TRACE="strace $3 -qq -o trace -e trace=$1 -e inject=$1:$2"
 }
 
 # clock SETTING: a clock that runs fast, or one that stands still; to be set last.
@@ -20,4 +19,10 @@ only() {
     mkdir bin
     for program; do ln -s "$(command -v "$program")" bin; done
     PATH=$PWD/bin
+}
+
+# script NAME COMMANDS: a program on the search path that "only" has left.
+script() {
+    printf '#!/bin/sh\n%s\n' "$2" >"bin/$1"
+    /bin/chmod +x "bin/$1"
 }
