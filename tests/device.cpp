@@ -2,25 +2,12 @@
 
 #include <QDir>
 #include <QDirIterator>
-#include <QProcessEnvironment>
 #include <QRegularExpression>
 #include <QtTest>
 
 #include <csignal>
 
 #include <unistd.h>
-
-namespace {
-
-void runIn(const QString &directory, const QString &program, const QStringList &arguments)
-{
-    Process process;
-    process.setWorkingDirectory(directory);
-    process.start(program, arguments);
-    QVERIFY2(process.waitForFinished(), qPrintable(program));
-}
-
-} // namespace
 
 void Process::setupChildProcess()
 {
@@ -30,7 +17,7 @@ void Process::setupChildProcess()
 }
 
 Device::Device()
-    : scratch(QDir::tempPath() + "/ostrel tëst XXXXXX"), other("/dev/shm/ostrel-test-XXXXXX")
+    : scratch(QDir::tempPath() + "/ostrel tëst XXXXXX"), otherDisk("/dev/shm/ostrel-test-XXXXXX")
 {
     for (const char *directory : {"root", "tmp", "state"})
         QDir(path(directory)).mkpath(".");
@@ -74,13 +61,6 @@ QString Device::files(const QString &below) const
     return found.join("; ");
 }
 
-void Device::pack(const QString &files) const
-{
-    const QTemporaryDir content(path("content"));
-    write(content.path(), files);
-    runIn(content.path(), "zip", {"-qr", path("package.zip"), "."});
-}
-
 Run Device::run(const QStringList &arguments, const QString &setup) const
 {
     Process tool;
@@ -90,18 +70,9 @@ Run Device::run(const QStringList &arguments, const QString &setup) const
 
 void Device::start(QProcess &tool, const QStringList &arguments, const QString &setup) const
 {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("PATH", OSTREL_STAND_INS ":" + environment.value("PATH"));
-    environment.insert("HOME", path("home"));
-    environment.insert("TMPDIR", path("tmp"));
-    environment.insert("SYSTEMCTL_STATE", path("state"));
-    environment.insert("CONFIG", config());
-    environment.insert("OTHER_DISK", otherDisk());
-    environment.insert("FAKETIME_LIBRARY", OSTREL_FAKETIME);
-    environment.insert("LC_ALL", "C"); // as where a service manager starts it
-    environment.remove("XDG_DATA_HOME");
-    const QString prelude = ". '" OSTREL_PRELUDE "'\n";
-    tool.setProcessEnvironment(environment);
+    const QString prelude = "stand_ins='" OSTREL_STAND_INS "' faketime='" OSTREL_FAKETIME "'\n"
+                            "OTHER_DISK='" +
+                            otherDisk.path() + "'\n. '" OSTREL_PRELUDE "'\n";
     tool.setWorkingDirectory(scratch.path());
     tool.start("sh", QStringList{"-c", prelude + setup + "\nexec $TRACE \"$@\"", "sh"} +
                          QString(OSTREL_TOOL).split('|') +
@@ -126,4 +97,12 @@ QString Device::normalized(QString text) const
     text.replace(QSysInfo::currentCpuArchitecture(), "ARCH");
     text.replace(QRegularExpression("@/tmp/Ostrel Updater-\\w{6}"), "TMP");
     return text.replace(QRegularExpression("\\d{4}-\\d\\d-\\d\\dT[\\d:]{8}"), "NOW");
+}
+
+void runIn(const QString &directory, const QString &program, const QStringList &arguments)
+{
+    Process process;
+    process.setWorkingDirectory(directory);
+    process.start(program, arguments);
+    QVERIFY2(process.waitForFinished(), qPrintable(program));
 }

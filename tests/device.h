@@ -39,13 +39,9 @@ public:
     QString path(const QString &relative) const;
     /** The configuration directory, as seen below the root directory "root". */
     QString config() const;
-    /** A directory on another file system, if this machine has one in memory. */
-    QString otherDisk() const { return other.path(); }
 
     void write(const QString &below, const QString &files) const;
     QString files(const QString &below) const;
-    /** Packs files into package.zip with the real zip. */
-    void pack(const QString &files) const;
 
     /** Runs the tool from a shell that has run `setup`; with $TRACE before it, if that is set. */
     Run run(const QStringList &arguments, const QString &setup = QString()) const;
@@ -56,5 +52,8 @@ private:
     QString normalized(QString text) const;
 
     QTemporaryDir scratch;
-    QTemporaryDir other;
+    QTemporaryDir otherDisk;
 };
+
+/** Runs another program in a directory. */
+void runIn(const QString &directory, const QString &program, const QStringList &arguments);

@@ -1,5 +1,9 @@
-# Shell functions that prepare a run of the tool; they stand before each case's own setup.
-# shellcheck shell=sh disable=SC2034
+# Shell commands before each run of the tool, which stand before each case's own setup.
+# shellcheck shell=sh disable=SC2034,SC2154 # variables for the case, and from the test program
+export PATH="$stand_ins:$PATH" HOME="$PWD/home" TMPDIR="$PWD/tmp" SYSTEMCTL_STATE="$PWD/state"
+export LC_ALL=C # as where a service manager starts the tool
+unset XDG_DATA_HOME
+CONFIG=$PWD/root$HOME/.local/share/.ostrelsmart
 TRACE=
 hangs='echo asked; trap "" ABRT; while :; do :; done'
 
@@ -11,7 +15,7 @@ inject() {
 
 # clock SETTING: a clock that runs fast, or one that stands still; to be set last.
 clock() {
-    export ASAN_OPTIONS=verify_asan_link_order=0 FAKETIME="$1" LD_PRELOAD="$FAKETIME_LIBRARY"
+    export ASAN_OPTIONS=verify_asan_link_order=0 FAKETIME="$1" LD_PRELOAD="$faketime"
 }
 
 # only PROGRAM...: leaves nothing else on the search path.

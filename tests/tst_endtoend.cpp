@@ -28,7 +28,8 @@ void prepare(const Device &device, const QString &package = updatePackage)
 {
     device.write("root/opt/ostrel", "a=old; b=old");
     device.write(device.config(), "backend/1=1; configurator/2=2; old.osb2=");
-    device.pack(package);
+    device.write("package", package);
+    runIn(device.path("package"), "zip", {"-qr", "../package.zip", "."});
 }
 
 /** Each of the two old files is there, or the new one is, maybe beside it or beside nothing. */
@@ -40,15 +41,13 @@ bool isWhole(const QString &files)
     return pattern.match(files).hasMatch();
 }
 
-/** Whether strace, libfaketime and another disk can be had here, as far as `setup` needs them. */
+/** Whether libfaketime, strace and another disk can be had here, as far as `setup` needs them. */
 bool canRun(const QString &setup)
 {
     const bool emulated = qstrlen(OSTREL_EMULATOR) != 0;
     if (setup.contains("clock ") && (emulated || qstrlen(OSTREL_FAKETIME) == 0))
         return false;
-    const Device device;
-    const QStorageInfo disk(device.path("."));
-    if (setup.contains("OTHER_DISK") && QStorageInfo(device.otherDisk()).device() == disk.device())
+    if (setup.contains("OTHER_DISK") && QStorageInfo("/dev/shm").rootPath() != "/dev/shm")
         return false;
     const QStringList trial = {"-qq", "-o", "/dev/null", "true"};
     return !setup.contains("inject ") || (!emulated && QProcess::execute("strace", trial) == 0);
@@ -99,25 +98,21 @@ void TestEndToEnd::configurationGoesRoundTrip()
     QCOMPARE(device.files(device.config()), full + "; full.osb2={" + full + "}" + others);
     const QString path = device.path("small.osb2");
     QCOMPARE(device.run({"--make-backup", path, "--no-statistics"}).exitStatus, 0);
-    QVERIFY(device.files(".").contains("; small.osb2={" + small + "}"));
 
-    device.write(device.config(), "backend/:é b/1=changed; db/3=changed");
-    QVERIFY(QFile::remove(device.config() + "/backend/:o.OSB2"));
-    QVERIFY(QFile::remove(device.config() + "/configurator/2"));
-    const QString changed = small + "; db/3=changed";
-    const Run restore = device.run({"--restore-backup", "small.osb2"});
-    QCOMPARE(restore.exitStatus, 0);
-    QCOMPARE(restore.report.split('\n'), testData("reports/restore.txt").split('\n'));
-    QCOMPARE(device.files(device.config()), changed + "; full.osb2={" + full +
-                                                "}; ostrel_backup_NOW.osb2={backend/.h=h; " +
-                                                "backend/:é b/1=changed; db/3=changed}" + others);
+    const QString changed = QString(full).replace("1=1", "1=changed").replace("3=3", "3=changed");
+    device.write(device.config(), changed);
+    QCOMPARE(device.run({"--restore-backup", "small.osb2"}).exitStatus, 0);
+    const QString restored = small + "; db/3=changed";
+    QCOMPARE(device.files(device.config()), restored + "; full.osb2={" + full +
+                                                "}; ostrel_backup_NOW.osb2={" + changed + "}" +
+                                                others);
 
     const Run removal = device.run({"--remove-configuration"});
     QCOMPARE(removal.exitStatus, 0);
     const QStringList removed = removal.report.split('\n').filter(QRegularExpression("^Removing"));
     QCOMPARE(removed, QStringList({"Removing full.osb2 ", "Removing ostrel_backup_NOW.osb2 ",
                                    "Removing backend/:o.OSB2 "}));
-    QCOMPARE(device.files(device.config()), "ostrel_backup_NOW.osb2={" + changed + "}" + others);
+    QCOMPARE(device.files(device.config()), "ostrel_backup_NOW.osb2={" + restored + "}" + others);
 }
 
 void TestEndToEnd::caseEndsAsItShould_data()
