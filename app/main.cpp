@@ -98,7 +98,7 @@ void writeReport(const QString &path, const QString &heading, const QStringList 
 
 int main(int argc, char *argv[])
 {
-    // A console that nobody reads any more must not end the tool.
+    // Writing to a console that has been closed must fail, and not end the tool.
     std::signal(SIGPIPE, SIG_IGN);
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Ostrel Updater"));

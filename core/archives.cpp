@@ -2,10 +2,8 @@
 
 #include "core/externalcommand.h"
 #include "core/updatermanager.h"
-#include "fs/disk.h"
 
 #include <QFileInfo>
-#include <QSet>
 
 namespace {
 
@@ -29,9 +27,9 @@ QString zipStartProblem(QProcess::ProcessError error, const QStringList &argumen
         return QStringLiteral("Zip process failed to start (%1)").arg(joined);
     if (error == QProcess::Crashed)
         return QStringLiteral("Zip process crashed (%1)").arg(joined);
-    // One call: a path that contains a place marker of its own stays as it is.
     return QStringLiteral("Zip has some unknown error: %2 (%1)")
-        .arg(joined, QString::number(static_cast<int>(error)));
+        .arg(joined)
+        .arg(static_cast<int>(error));
 }
 
 bool runZip(const UpdaterManager &manager, const QStringList &arguments,
@@ -42,18 +40,18 @@ bool runZip(const UpdaterManager &manager, const QStringList &arguments,
     settings.startLimit = 0;
     settings.finishLimit = 120000;
     // Ctrl-C can end the tool first: zip reports its own end on standard error before it removes
-    // its temporary file.
+    // its temporary file, and SIGPIPE would end it there.
     settings.ignoresSigpipe = true;
     const CommandResult zip = runCommand(QStringLiteral("zip"), arguments, settings);
 
-    if (zip.end == CommandResult::End::FailedToStart) {
+    if (!zip.started) {
         manager.info() << zipStartProblem(zip.error, arguments);
         return false;
     }
     for (const QByteArray &output : {zip.standardOutput, zip.standardError})
         if (!output.isEmpty())
             manager.info() << output;
-    if (zip.end == CommandResult::End::OutOfTime)
+    if (!zip.problem.isNull())
         manager.info() << zip.problem;
     else if (!zip.succeeded())
         manager.info() << "zip failed with exit code" << zip.exitCode;
@@ -96,8 +94,8 @@ bool UpdaterManager::makeBackup(const QString &archivePath, bool withStatistics)
     if (!checkNoOption(*this, archivePath) || !runZip(*this, arguments, workingDirectory))
         return false;
 
-    // zip itself flushes nothing. It may add ".zip" to the archive's name, so that the archive's
-    // directory stands for it; an archive that is a link is rewritten where the link leads.
+    // zip itself flushes nothing. It may add ".zip" to the archive's name, so the file system of
+    // the directory is flushed; if the name is a link, zip rewrites the file that it leads to.
     const QString archive = resolvePath(QDir(workingDirectory), archivePath);
     if (!flushToDisk("The archive", {QFileInfo(archive).absolutePath(), archive}))
         return false;

@@ -16,7 +16,8 @@ public:
 protected:
     void setupChildProcess() override
     {
-        // Options of somebody else for zip and unzip: they could leave files out of a backup.
+        // zip and unzip read more options from these: such options could leave files out of a
+        // backup.
         for (const char *variable : {"ZIP", "ZIPOPT", "UNZIP", "UNZIPOPT"})
             ::unsetenv(variable);
         if (ignoresSigpipe)
@@ -27,21 +28,6 @@ private:
     const bool ignoresSigpipe;
 };
 
-CommandResult::End waitFor(QProcess &process, const CommandSettings &settings)
-{
-    if (process.state() == QProcess::NotRunning)
-        return CommandResult::End::FailedToStart;
-    if (settings.startLimit > 0)
-        process.waitForStarted(settings.startLimit);
-    process.waitForFinished(settings.finishLimit);
-    if (process.state() != QProcess::NotRunning)
-        return CommandResult::End::OutOfTime;
-    if (process.error() == QProcess::FailedToStart)
-        return CommandResult::End::FailedToStart;
-    return process.exitStatus() == QProcess::NormalExit ? CommandResult::End::Exited
-                                                        : CommandResult::End::Crashed;
-}
-
 /** Ends a running command. SIGTERM may be blocked in it; zip tidies up at SIGABRT just as well. */
 void endProcess(QProcess &process)
 {
@@ -49,19 +35,24 @@ void endProcess(QProcess &process)
     if (process.waitForFinished(graceMilliseconds))
         return;
     process.kill();
-    process.waitForFinished(-1);
+    process.waitForFinished();
 }
 
 CommandResult runAndWait(QProcess &process, const CommandSettings &settings)
 {
     process.start(QIODevice::ReadOnly);
+    const bool launched = process.state() != QProcess::NotRunning;
+    if (settings.startLimit > 0)
+        process.waitForStarted(settings.startLimit);
+    process.waitForFinished(settings.finishLimit);
+
     CommandResult result;
-    result.end = waitFor(process, settings);
     result.error = process.error();
-    if (result.end == CommandResult::End::FailedToStart)
+    result.started = launched && process.error() != QProcess::FailedToStart;
+    if (!result.started) {
         result.problem =
             QStringLiteral("%1 failed to start: %2").arg(process.program(), process.errorString());
-    if (result.end == CommandResult::End::OutOfTime) {
+    } else if (process.state() != QProcess::NotRunning) {
         result.problem = QStringLiteral("%1 did not finish within %2 ms and was ended")
                              .arg(process.program(), QString::number(settings.finishLimit));
         endProcess(process);
@@ -88,8 +79,8 @@ CommandResult runCommand(const QString &program, const QStringList &arguments,
     sigset_t callersMask;
     sigemptyset(&childEnd);
     sigaddset(&childEnd, SIGCHLD);
-    sigprocmask(SIG_UNBLOCK, &childEnd, &callersMask);
+    pthread_sigmask(SIG_UNBLOCK, &childEnd, &callersMask);
     const CommandResult result = runAndWait(process, settings);
-    sigprocmask(SIG_SETMASK, &callersMask, nullptr);
+    pthread_sigmask(SIG_SETMASK, &callersMask, nullptr);
     return result;
 }

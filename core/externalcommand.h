@@ -13,42 +13,35 @@ struct CommandSettings
 {
     /** Empty: the tool's own. */
     QString workingDirectory;
-    /** How long its start alone is waited for; 0: no wait of its own. */
+    /** How long its start alone is waited for; 0: only its end is waited for. */
     int startLimit = 10000;
     /** How long its end is waited for, after that. */
     int finishLimit = 600000;
-    /** For a command that has to outlive the tool: writing to it then fails instead of killing. */
+    /** Makes the command ignore SIGPIPE, so that it can clean up after the tool has ended. */
     bool ignoresSigpipe = false;
 };
 
 /** How a command ended, and what it wrote. */
 struct CommandResult
 {
-    enum class End {
-        Exited,
-        Crashed,
-        FailedToStart,
-        OutOfTime,
-    };
-
-    End end = End::FailedToStart;
+    bool started = false;
     /** Qt's reason for a failed start. */
     QProcess::ProcessError error = QProcess::UnknownError;
-    /** The signal's number for a command that crashed; meaningless for one that did not end. */
+    /** For the log, when the command failed to start or ran out of time: what happened. */
+    QString problem;
+    /** The signal's number if a signal ended the command. Meaningless after a problem. */
     int exitCode = -1;
     QByteArray standardOutput;
     QByteArray standardError;
-    /** For the log, when the command failed to start or ran out of time: what happened. */
-    QString problem;
 
     /** True when the command ran to its own end with exit code 0, and in no other case. */
-    bool succeeded() const { return end == End::Exited && exitCode == 0; }
+    bool succeeded() const { return problem.isNull() && exitCode == 0; }
 };
 
 /**
  * Runs `program`, found on the search path, with `arguments` and waits for its end. Its standard
  * input is the null device, so that a command that asks fails at once or continues. A command that
- * runs out of time is aborted, after a few seconds killed, and has ended when this returns.
+ * runs out of time gets SIGABRT and, if it has not ended a few seconds later, SIGKILL.
  */
 CommandResult runCommand(const QString &program, const QStringList &arguments,
                          const CommandSettings &settings = CommandSettings());

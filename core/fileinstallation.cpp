@@ -5,7 +5,21 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSet>
+
+namespace {
+
+/**
+ * A file whose rename() does nothing else: where the system refuses the rename, QFile writes a copy
+ * in place, without the mode and with the last write unchecked, and removes the original.
+ */
+class ReplacementCopy : public QFile
+{
+public:
+    using QFile::QFile;
+    bool open(OpenMode /*mode*/) override { return false; }
+};
+
+} // namespace
 
 bool UpdaterManager::copyAndReplaceFiles(const QDir &from, const FileList &files, const QDir &to)
 {
@@ -14,18 +28,14 @@ bool UpdaterManager::copyAndReplaceFiles(const QDir &from, const FileList &files
         return false;
 
     // Links and mounts below the destination may lead to other file systems than its own.
-    QSet<QString> changed = {to.absolutePath()};
-    bool installed = true;
+    QSet<QString> changed;
     for (const QString &file : files) {
         const QString destination = resolvePath(to, file);
         changed.insert(QFileInfo(destination).absolutePath());
-        installed = installFile(resolvePath(from, file), destination);
-        if (!installed)
-            break;
+        if (!installFile(resolvePath(from, file), destination))
+            return false;
     }
-    // Also after a failure: QFile::rename() may have written a file in place.
-    const bool flushed = flushToDisk("The files", changed);
-    return installed && flushed;
+    return flushToDisk("The files", changed);
 }
 
 bool UpdaterManager::installFile(const QString &source, const QString &destination) const
@@ -52,7 +62,5 @@ bool UpdaterManager::replaceFile(const QString &source, const QString &destinati
     if (!logOutcome("Removal", QFile::remove(destination)))
         return false;
     info() << "Renaming new file into" << destination;
-    // Where the system refuses a rename, Qt writes the destination in place and removes the copy:
-    // the flush at the end of the list puts such a file on the disk.
-    return logOutcome("Rename", QFile::rename(replacementCopy, destination));
+    return logOutcome("Rename", ReplacementCopy(replacementCopy).rename(destination));
 }

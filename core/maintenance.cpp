@@ -1,5 +1,6 @@
 // The maintenance operations: firmware update, backup restore and configuration removal.
 
+#include "core/externalcommand.h"
 #include "core/updatermanager.h"
 
 #include <QCryptographicHash>
@@ -37,7 +38,7 @@ std::vector<InstallGroup> installGroups()
     };
 }
 
-/** The text of the package's version.txt; empty, with the reason in the log, without one. */
+/** The text of the package's version.txt; empty on failure, with the reason in the log. */
 QString readVersionText(const UpdaterManager &manager, const QDir &package)
 {
     const QString path = package.absoluteFilePath(QStringLiteral("version.txt"));
@@ -119,7 +120,7 @@ void blockEndingSignals()
     sigemptyset(&ending);
     for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP})
         sigaddset(&ending, number);
-    sigprocmask(SIG_BLOCK, &ending, nullptr);
+    pthread_sigmask(SIG_BLOCK, &ending, nullptr);
 }
 
 /**
@@ -162,7 +163,7 @@ bool UpdaterManager::updateFirmware(const QString &archivePath)
     bool installed = true;
     for (const InstallGroup &group : installGroups())
         installed = installGroup(group) && installed;
-    reloadSystemd();
+    runCommand(QStringLiteral("systemctl"), {QStringLiteral("daemon-reload")});
     restartServices(productServices());
     return installed;
 }
@@ -220,7 +221,8 @@ bool UpdaterManager::removeConfiguration()
 
     for (const QString &oldBackup : oldBackups) {
         const QString path = resolvePath(configDirectory, oldBackup);
-        // An old backup that had the new one's very name now is the new one.
+        // A file with the new backup's own name is the new backup or, if that failed, an older
+        // one that is kept.
         if (path == safetyBackup)
             continue;
         info() << "Removing" << oldBackup;

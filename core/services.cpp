@@ -45,5 +45,3 @@ void UpdaterManager::restartServices(const std::vector<QString> &services)
         info() << service << (restarted ? "restarted successfuly" : "...failed to restart");
     }
 }
-
-void UpdaterManager::reloadSystemd() const { runSystemctl({QStringLiteral("daemon-reload")}); }

@@ -44,8 +44,8 @@ public:
     /** The firmware configuration directory as seen below the root directory; not created. */
     QDir getConfigPath() const;
 
-    // Operations: one a run. Before they stop services, they block the signals that would end or
-    // stop the process, until it exits: the restart of the services is always reached.
+    // Operations: one a run. Before they stop services, they block SIGHUP, SIGINT, SIGQUIT, SIGTERM
+    // and SIGTSTP until the process exits, so that these do not prevent the restart.
 
     /**
      * Installs the firmware update archive at `archivePath` below the root directory. False when
@@ -113,16 +113,13 @@ private:
     /** In the order of their restore; the last one holds the statistics. */
     static std::vector<ConfigurationGroup> configurationGroups();
 
-    /** Makes systemd read its unit files again; a failure is not reported. */
-    void reloadSystemd() const;
-
     /** Installs one file, given by absolute paths, into a directory that may be missing. */
     bool installFile(const QString &source, const QString &destination) const;
 
     /** Installs one file over an existing one. */
     bool replaceFile(const QString &source, const QString &destination) const;
 
-    /** Writes how `step` ended, in the words that other programs search the log for; returns it. */
+    /** Logs whether `step` succeeded, in words that other programs read; returns `succeeded`. */
     bool logOutcome(const char *step, bool succeeded) const;
 
     /** Flushes the file systems that hold `paths`; a failure is logged in a line about `what`. */

@@ -4,7 +4,6 @@
 
 #include <cerrno>
 #include <set>
-#include <system_error>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -14,11 +13,12 @@ namespace {
 
 QString flushFileSystem(const QString &path)
 {
-    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
-    const bool flushed = descriptor >= 0 && ::syncfs(descriptor) == 0;
-    const int error = errno;
+    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY);
+    if (descriptor < 0)
+        return qt_error_string(errno);
+    const QString error = ::syncfs(descriptor) == 0 ? QString() : qt_error_string(errno);
     ::close(descriptor);
-    return flushed ? QString() : QString::fromStdString(std::generic_category().message(error));
+    return error;
 }
 
 } // namespace
@@ -58,8 +58,8 @@ QString Disk::copyFileOntoDisk(const QString &from, const QString &to)
     QString error = copyFile(from, to);
     if (!error.isNull())
         return error;
-    // QFile::copy() hides a lost write, too; flushing the file system reports it.
-    error = flushFileSystems({to});
+    // QFile::copy() hides a lost write, too; since Linux 5.8 this flush reports it.
+    error = flushFileSystem(to);
     if (!error.isNull())
         QFile::remove(to);
     return error;

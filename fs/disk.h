@@ -1,4 +1,4 @@
-// Changes that survive a power cut: flushes to the disk, and a copy that is on it.
+// Changes that survive a power cut: flushes of file systems, and copies of files.
 
 #pragma once
 
@@ -11,7 +11,7 @@ namespace Disk {
 
 /**
  * Puts everything written to the file systems that hold `paths` on the disk, up to the first
- * failure; passes over a path that does not exist. Since Linux 5.8 this also reports a write to
+ * failure; passes over a path that is not found. Since Linux 5.8 this also reports a write to
  * such a file system that was lost earlier and that nobody has reported.
  */
 QString flushFileSystems(const QSet<QString> &paths);

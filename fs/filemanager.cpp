@@ -50,7 +50,7 @@ FileList FileManager::findFiles(const QDir &start, const QStringList &patterns)
 {
     const QDir base = start;
     // Only the directories from the start down to the current one: a tree that reaches one
-    // directory by two links holds no cycle, and both ways belong in the list.
+    // directory by two links has no cycle, and its files belong in the list under both paths.
     std::vector<QString> enclosing;
 
     std::function<FileList(const QDir &, const QStringList &)> recurse;

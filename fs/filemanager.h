@@ -20,8 +20,8 @@ using FileList = std::vector<QString>;
 QString resolvePath(const QDir &directory, const QString &path);
 
 /**
- * One directory that belongs to the device's applications: a named one below the common data
- * directory of the user who runs the program, or below the directory the program is installed in.
+ * A named directory of the device's applications, below the common data directory of the user who
+ * runs the program or below the directory that the program is installed in.
  */
 class FileManager
 {
@@ -39,7 +39,7 @@ public:
     /** The common data directory, whatever this object's own root and name are. */
     QDir getParentDirectory();
 
-    /** Creates the directory with all missing parents; a failure shows only in exists(). */
+    /** Creates the directory with all missing parents; a failure is not reported. */
     void createDirectory() const;
 
     /** True if a file or directory `name` exists inside the directory. */

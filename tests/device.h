@@ -17,7 +17,7 @@ protected:
     void setupChildProcess() override;
 };
 
-/** What a run of the tool left for its caller. */
+/** The result of a run of the tool. */
 struct Run
 {
     /** Negative: the number of the signal that ended it. */

@@ -1,5 +1,5 @@
-// The parts of the engine that no run of the tool shows whole: the log's mechanics, where things
-// lie, and the file search.
+// What runs of the tool do not test completely: the log, the signal mask, the directories and the
+// file search.
 
 #include "core/updatermanager.h"
 #include "tests/device.h"

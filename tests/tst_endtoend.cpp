@@ -32,7 +32,7 @@ void prepare(const Device &device, const QString &package = updatePackage)
     runIn(device.path("package"), "zip", {"-qr", "../package.zip", "."});
 }
 
-/** Each of the two old files is there, or the new one is, maybe beside it or beside nothing. */
+/** Each of the two files is old or new; the new one may be NAME.new, with or without the old. */
 bool isWhole(const QString &files)
 {
     const QString whole =
@@ -41,7 +41,7 @@ bool isWhole(const QString &files)
     return pattern.match(files).hasMatch();
 }
 
-/** Whether libfaketime, strace and another disk can be had here, as far as `setup` needs them. */
+/** Whether this machine has what `setup` uses: libfaketime, strace, another disk. */
 bool canRun(const QString &setup)
 {
     const bool emulated = qstrlen(OSTREL_EMULATOR) != 0;
