@@ -18,12 +18,6 @@ namespace {
 const QStringList update = {"--update-firmware", "package.zip"};
 const QString updatePackage = "version.txt=1; bin/a=new; bin/b=new; udev/c.rules=new";
 
-QString testData(const QString &name)
-{
-    QFile file(QFINDTESTDATA(name));
-    return file.open(QIODevice::ReadOnly) ? QString(file.readAll()).chopped(1) : QString();
-}
-
 void prepare(const Device &device, const QString &package = updatePackage)
 {
     device.write("root/opt/ostrel", "a=old; b=old");
@@ -64,8 +58,9 @@ void checkInvariants(const Device &device, const Run &run, const QString &before
     QCOMPARE(calls.count("is-enabled "), calls.count("stop "));
     const bool stopped = run.report.contains("\nStopping services \n");
     QCOMPARE(run.report.contains("\nRestarting enabled services \n"), stopped);
-    if (!run.report.isEmpty())
-        QCOMPARE(run.report.section('\n', 0, 0).endsWith(" SUCCESS"), run.exitStatus == 0);
+    const QString outcome = run.exitStatus == 0 ? "SUCCESS" : "FAILURE";
+    const QRegularExpression heading("^$|^(UPDATE|RESTORE|BACKUP|CLEANUP) " + outcome + "\n\n");
+    QVERIFY2(heading.match(run.report).hasMatch(), qPrintable(run.report));
     if (run.report.startsWith("UPDATE SUCCESS"))
         QVERIFY2(after.count(QRegularExpression("opt/ostrel/[ab]=new")) == 2, qPrintable(after));
     if (run.report.startsWith("UPDATE FAILURE") && !stopped)
@@ -79,7 +74,6 @@ class TestEndToEnd : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void configurationGoesRoundTrip();
     void caseEndsAsItShould_data();
     void caseEndsAsItShould();
     void signalEndsOnlyWhatMayEnd_data();
@@ -87,39 +81,13 @@ private Q_SLOTS:
     void killedUpdateIsRepairedByTheNext();
 };
 
-void TestEndToEnd::configurationGoesRoundTrip()
-{
-    const Device device;
-    const QString others = "; other/x=x; top=t";
-    const QString small = "backend/.h=h; backend/:o.OSB2=; backend/:é b/1=1; configurator/2=2";
-    const QString full = small + "; db/3=3";
-    device.write(device.config(), full + others);
-    QCOMPARE(device.run({"--make-backup", "full.osb2"}).exitStatus, 0);
-    QCOMPARE(device.files(device.config()), full + "; full.osb2={" + full + "}" + others);
-    const QString path = device.path("small.osb2");
-    QCOMPARE(device.run({"--make-backup", path, "--no-statistics"}).exitStatus, 0);
-
-    const QString changed = QString(full).replace("1=1", "1=changed").replace("3=3", "3=changed");
-    device.write(device.config(), changed);
-    QCOMPARE(device.run({"--restore-backup", "small.osb2"}).exitStatus, 0);
-    const QString restored = small + "; db/3=changed";
-    QCOMPARE(device.files(device.config()), restored + "; full.osb2={" + full +
-                                                "}; ostrel_backup_NOW.osb2={" + changed + "}" +
-                                                others);
-
-    const Run removal = device.run({"--remove-configuration"});
-    QCOMPARE(removal.exitStatus, 0);
-    const QStringList removed = removal.report.split('\n').filter(QRegularExpression("^Removing"));
-    QCOMPARE(removed, QStringList({"Removing full.osb2 ", "Removing ostrel_backup_NOW.osb2 ",
-                                   "Removing backend/:o.OSB2 "}));
-    QCOMPARE(device.files(device.config()), "ostrel_backup_NOW.osb2={" + restored + "}" + others);
-}
-
 void TestEndToEnd::caseEndsAsItShould_data()
 {
-    const QStringList keys = {"package", "setup", "run", "log", "after", "report"};
+    const QStringList keys = {"package", "setup", "run", "log", "after"};
     QTest::addColumn<Case>("wanted");
-    for (const QString &text : testData("cases.txt").split("\n[").mid(1)) {
+    QFile file(QFINDTESTDATA("cases.txt"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    for (const QString &text : QString(file.readAll()).split("\n[").mid(1)) {
         Case wanted = {{"exit", {text.section("] ", 0, 0)}}};
         for (const QString &line : text.split('\n').mid(1)) {
             if (line.isEmpty() || line.startsWith('#'))
@@ -155,9 +123,7 @@ void TestEndToEnd::caseEndsAsItShould()
         QVERIFY2(position >= 0, qPrintable(line + " is not in its place in\n" + run.report));
         position += line.size() + 2;
     }
-    if (wanted.contains("report"))
-        QCOMPARE(run.report.split('\n'), testData(wanted["report"].constFirst()).split('\n'));
-    const QString after = device.files("root") + device.files("state");
+    const QString after = "root: " + device.files("root") + device.files("state");
     QVERIFY2(after.contains(wanted["after"].join("")), qPrintable(after));
 }
 
