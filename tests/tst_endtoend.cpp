@@ -146,10 +146,14 @@ void TestEndToEnd::signalEndsOnlyWhatMayEnd()
     QVERIFY(group > 0);
     const QDir config(device.config());
     QTRY_VERIFY(!config.entryList({"zi??????"}).isEmpty());
-    const QVector<int> numbers = {SIGINT, SIGHUP, SIGQUIT, SIGTERM, SIGTSTP};
-    for (const int number : exitStatus == 0 ? numbers : QVector<int>{SIGINT})
-        ::kill(-group, number);
+    ::kill(group, SIGINT);
+    if (exitStatus == 0)
+        for (const int number : {SIGINT, SIGHUP, SIGQUIT, SIGTERM, SIGTSTP})
+            ::kill(-group, number);
     const Run run = device.finish(tool);
+    // zip is alone in the group now, and nobody reads what it writes.
+    if (exitStatus != 0)
+        ::kill(-group, SIGINT);
     QCOMPARE(run.exitStatus, exitStatus);
     QCOMPARE(run.report.contains("\nzip finished successfully"), exitStatus == 0);
     QTRY_VERIFY(config.entryList({"zi??????", "b.osb2"}).isEmpty());
