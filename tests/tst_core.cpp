@@ -41,7 +41,8 @@ void TestCore::logCommitsALineWithTheNextOne()
         QVERIFY(messages.filter("say").size() == (verbose ? 0 : 1));
     }
     qInstallMessageHandler(handler);
-    QCOMPARE(messages, QStringList({" \nA say \"B\" ä\n 7  \n(a b, c) std::vector(d, e)  \n", ""}));
+    const QString echo = " \nA say \"B\" ä\n 7  \n(a b, c) std::vector(d, e)  \n";
+    QCOMPARE(messages, QStringList({echo, ""}));
 }
 
 void TestCore::buildingBlocksLeaveTheSignalMaskAlone()
