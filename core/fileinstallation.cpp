@@ -9,8 +9,8 @@
 namespace {
 
 /**
- * A file whose rename() does nothing else: where the system refuses the rename, QFile writes a copy
- * in place, without the mode and with the last write unchecked, and removes the original.
+ * A file whose rename() only renames. Where the system refuses that, QFile writes a copy in place,
+ * without the mode and with the last write unchecked, and removes the original.
  */
 class ReplacementCopy : public QFile
 {

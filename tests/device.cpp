@@ -82,8 +82,10 @@ void Device::start(QProcess &tool, const QStringList &arguments, const QString &
 Run Device::finish(QProcess &tool) const
 {
     const auto group = static_cast<pid_t>(tool.processId());
-    if (!tool.waitForFinished(60000) && group > 0)
+    if (!tool.waitForFinished(60000) && group > 0) {
         ::kill(-group, SIGKILL);
+        tool.waitForFinished();
+    }
     const int sign = tool.exitStatus() == QProcess::CrashExit ? -1 : 1;
     const QRegularExpression listing(" *(adding|updating|inflating|extracting|creating):.*\n");
     QFile report(path("report"));
