@@ -39,7 +39,7 @@ bool isWhole(const QString &files)
 bool canRun(const QString &setup)
 {
     const bool emulated = qstrlen(OSTREL_EMULATOR) != 0;
-    if (setup.contains("clock ") && (emulated || qstrlen(OSTREL_FAKETIME) == 0))
+    if (setup.contains("clock ") && (emulated || !QFile::exists(OSTREL_FAKETIME)))
         return false;
     if (setup.contains("OTHER_DISK") && QStorageInfo("/dev/shm").rootPath() != "/dev/shm")
         return false;
@@ -83,7 +83,7 @@ private Q_SLOTS:
 
 void TestEndToEnd::caseEndsAsItShould_data()
 {
-    const QStringList keys = {"package", "setup", "run", "log", "after"};
+    const QStringList keys = {"package", "setup", "run", "help", "log", "after"};
     QTest::addColumn<Case>("wanted");
     QFile file(QFINDTESTDATA("cases.txt"));
     QVERIFY(file.open(QIODevice::ReadOnly));
@@ -116,6 +116,8 @@ void TestEndToEnd::caseEndsAsItShould()
     QVERIFY2(wanted["exit"] == QStringList(QString::number(run.exitStatus)),
              qPrintable(run.report + run.console));
     QVERIFY2(run.console.isEmpty() || arguments.contains("--verbose"), qPrintable(run.console));
+    for (const QString &text : wanted["help"])
+        QVERIFY2(run.console.simplified().contains(text), qPrintable(run.console));
     checkInvariants(device, run, before);
     int position = 0;
     for (const QString &line : wanted["log"]) {
