@@ -16,8 +16,7 @@ public:
 protected:
     void setupChildProcess() override
     {
-        // zip and unzip read more options from these: such options could leave files out of a
-        // backup.
+        // zip and unzip take options from these variables: they could leave files out of a backup.
         for (const char *variable : {"ZIP", "ZIPOPT", "UNZIP", "UNZIPOPT"})
             ::unsetenv(variable);
         if (ignoresSigpipe)
@@ -28,7 +27,7 @@ private:
     const bool ignoresSigpipe;
 };
 
-/** Ends a running command. SIGTERM may be blocked in it; zip tidies up at SIGABRT just as well. */
+/** Ends a running command. SIGTERM may be blocked in it; zip cleans up at SIGABRT as well. */
 void endProcess(QProcess &process)
 {
     ::kill(static_cast<pid_t>(process.processId()), SIGABRT);

@@ -1,5 +1,5 @@
-// The one way to run an external program: it is started, waited for, and has ended before the next
-// step begins.
+// The one way to run an external program: it is started and waited for, and ended if it exceeds its
+// time limit.
 
 #pragma once
 
