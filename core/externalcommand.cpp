@@ -78,8 +78,8 @@ CommandResult runCommand(const QString &program, const QStringList &arguments,
     sigset_t callersMask;
     sigemptyset(&childEnd);
     sigaddset(&childEnd, SIGCHLD);
-    pthread_sigmask(SIG_UNBLOCK, &childEnd, &callersMask);
+    sigprocmask(SIG_UNBLOCK, &childEnd, &callersMask);
     const CommandResult result = runAndWait(process, settings);
-    pthread_sigmask(SIG_SETMASK, &callersMask, nullptr);
+    sigprocmask(SIG_SETMASK, &callersMask, nullptr);
     return result;
 }

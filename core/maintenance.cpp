@@ -120,7 +120,7 @@ void blockEndingSignals()
     sigemptyset(&ending);
     for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP})
         sigaddset(&ending, number);
-    pthread_sigmask(SIG_BLOCK, &ending, nullptr);
+    sigprocmask(SIG_BLOCK, &ending, nullptr);
 }
 
 /**

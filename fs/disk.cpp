@@ -9,6 +9,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+// A 32-bit system's stat() and open() would fail on large files and large inode numbers.
+static_assert(sizeof(off_t) == 8 && sizeof(ino_t) == 8, "needs _FILE_OFFSET_BITS=64");
+
 namespace {
 
 QString flushFileSystem(const QString &path)

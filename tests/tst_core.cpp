@@ -50,12 +50,12 @@ void TestCore::buildingBlocksLeaveTheSignalMaskAlone()
     sigset_t mask;
     sigemptyset(&mask);
     sigaddset(&mask, SIGCHLD);
-    pthread_sigmask(SIG_SETMASK, &mask, nullptr);
+    sigprocmask(SIG_SETMASK, &mask, nullptr);
     const QByteArray searchPath = qgetenv("PATH");
     qputenv("PATH", "/absent");
     UpdaterManager("/", false, nullptr).stopServices({"a service"});
     qputenv("PATH", searchPath);
-    pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+    sigprocmask(SIG_SETMASK, nullptr, &mask);
     QVERIFY(sigismember(&mask, SIGCHLD) && !sigismember(&mask, SIGTERM));
 }
 
