@@ -20,8 +20,8 @@ QString commonDataPath()
 
 QString resolvePath(const QDir &directory, const QString &path)
 {
-    if (path.startsWith(QLatin1Char('/')))
-        return path;
+    if (!path.startsWith(QLatin1Char(':')))
+        return directory.absoluteFilePath(path);
     return directory.absolutePath() + QLatin1Char('/') + path;
 }
 

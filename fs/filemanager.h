@@ -14,8 +14,8 @@ class QDomDocument;
 using FileList = std::vector<QString>;
 
 /**
- * The absolute path of `path`, which counts from `directory` unless it begins with "/". Unlike
- * QDir::absoluteFilePath() it does not take a name that begins with ":" for a path of its own.
+ * QDir::absoluteFilePath(), but for a name that begins with ":" too: that function takes it for the
+ * path of a Qt resource.
  */
 QString resolvePath(const QDir &directory, const QString &path);
 
