@@ -7,7 +7,6 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
-#include <QFileInfo>
 
 #include <array>
 #include <csignal>
@@ -91,7 +90,7 @@ void writeReport(const QString &path, const QString &heading, const QStringList 
         return;
     file.write(lines.join(QLatin1Char('\n')).toUtf8());
     file.close();
-    Disk::flushFileSystems({QFileInfo(path).canonicalPath()});
+    Disk::flushFileSystems({path});
 }
 
 } // namespace
@@ -117,7 +116,7 @@ int main(int argc, char *argv[])
         parser.showHelp(0);
 
     const bool succeeded = mode->run(manager, parser);
-    manager.info() << "Finished";
+    manager.info() << "Finished"; // commits the last line; this one stays uncommitted and unseen
     if (parser.isSet(report)) {
         const QLatin1String outcome(succeeded ? "SUCCESS" : "FAILURE");
         writeReport(parser.value(report), mode->label + QLatin1Char(' ') + outcome,

@@ -2,8 +2,7 @@
 
 #include "core/externalcommand.h"
 #include "core/updatermanager.h"
-
-#include <QFileInfo>
+#include "fs/disk.h"
 
 namespace {
 
@@ -94,10 +93,10 @@ bool UpdaterManager::makeBackup(const QString &archivePath, bool withStatistics)
     if (!checkNoOption(*this, archivePath) || !runZip(*this, arguments, workingDirectory))
         return false;
 
-    // zip itself flushes nothing. It may add ".zip" to the archive's name, so the file system of
-    // the directory is flushed; if the name is a link, zip rewrites the file that it leads to.
+    // zip itself flushes nothing. It adds ".zip" to a name that has no extension.
     const QString archive = resolvePath(QDir(workingDirectory), archivePath);
-    if (!flushToDisk("The archive", {QFileInfo(archive).absolutePath(), archive}))
+    const QSet<QString> names = {archive, archive + QStringLiteral(".zip")};
+    if (!logOnDisk("The archive", Disk::flushFileSystems(names)))
         return false;
     info() << "zip finished successfully, created file:" << archivePath;
     return true;

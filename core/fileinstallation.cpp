@@ -6,18 +6,11 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cstdio>
+
 namespace {
 
-/**
- * A file whose rename() only renames. Where the system refuses that, QFile writes a copy in place,
- * without the mode and with the last write unchecked, and removes the original.
- */
-class ReplacementCopy : public QFile
-{
-public:
-    using QFile::QFile;
-    bool open(OpenMode /*mode*/) override { return false; }
-};
+const QLatin1String replacementSuffix(".new");
 
 } // namespace
 
@@ -29,32 +22,44 @@ bool UpdaterManager::copyAndReplaceFiles(const QDir &from, const FileList &files
 
     // Links and mounts below the destination may lead to other file systems than its own.
     QSet<QString> changed;
+    QMap<QString, QString> newFiles;
     for (const QString &file : files) {
         const QString destination = resolvePath(to, file);
         changed.insert(QFileInfo(destination).absolutePath());
-        if (!installFile(resolvePath(from, file), destination))
+        if (!installFile(resolvePath(from, file), destination, newFiles))
             return false;
     }
-    return flushToDisk("The files", changed);
+    return logOnDisk("The files", Disk::flushFileSystems(changed)) &&
+           logOnDisk("The files", Disk::compareCopies(newFiles));
 }
 
-bool UpdaterManager::installFile(const QString &source, const QString &destination) const
+bool UpdaterManager::installFile(const QString &source, const QString &destination,
+                                 QMap<QString, QString> &newFiles) const
 {
-    QFileInfo(destination).absoluteDir().mkpath(QStringLiteral("."));
+    const QFileInfo place(destination);
+    place.dir().mkpath(QStringLiteral("."));
+    const QString installed = resolvePath(place.dir().canonicalPath(), place.fileName());
     info() << "Copying" << source << "into" << destination;
-    if (QFile::exists(destination))
-        return replaceFile(source, destination);
-    return logOutcome("Copy", Disk::copyFile(source, destination).isNull());
+    if (!QFile::exists(destination)) {
+        newFiles.insert(installed, source);
+        return logOutcome("Copy", Disk::copyFile(source, destination).isNull());
+    }
+    // What is replaced or removed here may be new in the same list, which can reach a directory
+    // under two names.
+    newFiles.remove(installed);
+    newFiles.remove(installed + replacementSuffix);
+    return replaceFile(source, destination);
 }
 
 bool UpdaterManager::replaceFile(const QString &source, const QString &destination) const
 {
-    const QString replacementCopy = destination + QStringLiteral(".new");
+    const QString replacementCopy = destination + replacementSuffix;
     info() << "Destination file already exists";
     QFile::remove(replacementCopy);
     info() << "Copying into" << replacementCopy;
     const QString error = Disk::copyFileOntoDisk(source, replacementCopy);
     if (!logOutcome("Copy", error.isNull())) {
+        // Continues the line of the outcome.
         logStream << QStringLiteral("with error: '%1'").arg(error);
         return false;
     }
@@ -62,5 +67,8 @@ bool UpdaterManager::replaceFile(const QString &source, const QString &destinati
     if (!logOutcome("Removal", QFile::remove(destination)))
         return false;
     info() << "Renaming new file into" << destination;
-    return logOutcome("Rename", ReplacementCopy(replacementCopy).rename(destination));
+    // Where the system refuses to rename, QFile::rename() would copy in place, unchecked.
+    const bool renamed = std::rename(QFile::encodeName(replacementCopy).constData(),
+                                     QFile::encodeName(destination).constData()) == 0;
+    return logOutcome("Rename", renamed);
 }

@@ -2,6 +2,7 @@
 
 #include "core/externalcommand.h"
 #include "core/updatermanager.h"
+#include "fs/disk.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>
@@ -233,7 +234,7 @@ bool UpdaterManager::removeConfiguration()
         QDir directory(configDirectory.absoluteFilePath(group.directory));
         removed = directory.removeRecursively() && removed;
     }
-    const bool flushed = flushToDisk("The removal", {configDirectory.path()});
+    const bool flushed = logOnDisk("The removal", Disk::flushFileSystems({configDirectory.path()}));
     restartServices(productServices());
     return removed && flushed;
 }

@@ -1,7 +1,5 @@
 #include "core/updatermanager.h"
 
-#include "fs/disk.h"
-
 #include <QTextStream>
 
 namespace {
@@ -46,9 +44,8 @@ bool UpdaterManager::logOutcome(const char *step, bool succeeded) const
     return succeeded;
 }
 
-bool UpdaterManager::flushToDisk(const char *what, const QSet<QString> &paths) const
+bool UpdaterManager::logOnDisk(const char *what, const QString &error) const
 {
-    const QString error = Disk::flushFileSystems(paths);
     if (!error.isNull())
         info() << what << "could not be written to the disk:" << error;
     return error.isNull();

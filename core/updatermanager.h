@@ -6,8 +6,8 @@
 
 #include <QDebug>
 #include <QDir>
+#include <QMap>
 #include <QObject>
-#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -113,8 +113,12 @@ private:
     /** In the order of their restore; the last one holds the statistics. */
     static std::vector<ConfigurationGroup> configurationGroups();
 
-    /** Installs one file, given by absolute paths, into a directory that may be missing. */
-    bool installFile(const QString &source, const QString &destination) const;
+    /**
+     * Installs one file, given by absolute paths, into a directory that may be missing. `newFiles`:
+     * the files of the same list that did not exist before, with their sources; kept up to date.
+     */
+    bool installFile(const QString &source, const QString &destination,
+                     QMap<QString, QString> &newFiles) const;
 
     /** Installs one file over an existing one. */
     bool replaceFile(const QString &source, const QString &destination) const;
@@ -122,8 +126,8 @@ private:
     /** Logs whether `step` succeeded, in words that other programs read; returns `succeeded`. */
     bool logOutcome(const char *step, bool succeeded) const;
 
-    /** Flushes the file systems that hold `paths`; a failure is logged in a line about `what`. */
-    bool flushToDisk(const char *what, const QSet<QString> &paths) const;
+    /** Logs that `what` is not on the disk if there is an `error`; true if there is none. */
+    bool logOnDisk(const char *what, const QString &error) const;
 
     QDir rootDirectory;
     bool verbose;

@@ -14,14 +14,39 @@ static_assert(sizeof(off_t) == 8 && sizeof(ino_t) == 8, "needs _FILE_OFFSET_BITS
 
 namespace {
 
-QString flushFileSystem(const QString &path)
+/** Calls syncfs() or fsync() for `path`. */
+QString flush(const QString &path, int (*call)(int descriptor))
 {
-    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY);
+    // A report may be a pipe: without O_NONBLOCK, this would wait for its writer.
+    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK);
     if (descriptor < 0)
         return qt_error_string(errno);
-    const QString error = ::syncfs(descriptor) == 0 ? QString() : qt_error_string(errno);
+    const QString error = call(descriptor) == 0 ? QString() : qt_error_string(errno);
     ::close(descriptor);
     return error;
+}
+
+/** Compares a copy, as it is on the disk, with its source. */
+QString compareCopy(const QString &source, const QString &copy)
+{
+    constexpr qint64 blockSize = 64 * 1024;
+    QFile sourceFile(source);
+    if (!sourceFile.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return sourceFile.errorString();
+    QFile copyFile(copy);
+    if (!copyFile.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return copyFile.errorString();
+    // Drops what memory holds of the copy, so that it is read from the disk.
+    ::posix_fadvise(copyFile.handle(), 0, 0, POSIX_FADV_DONTNEED);
+    QByteArray block;
+    do {
+        block = copyFile.read(blockSize);
+        if (copyFile.error() != QFile::NoError)
+            return copyFile.errorString();
+        if (block != sourceFile.read(blockSize))
+            return QStringLiteral("the content on the disk is not that of %1").arg(source);
+    } while (!block.isEmpty());
+    return QString();
 }
 
 } // namespace
@@ -31,11 +56,16 @@ QString Disk::flushFileSystems(const QSet<QString> &paths)
     std::set<dev_t> flushed;
     for (const QString &path : paths) {
         struct stat status = {};
-        if (::stat(QFile::encodeName(path).constData(), &status) != 0)
-            continue;
-        if (!flushed.insert(status.st_dev).second)
-            continue;
-        const QString error = flushFileSystem(path);
+        if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
+            if (errno == ENOENT)
+                continue;
+            return qt_error_string(errno);
+        }
+        QString error;
+        if (flushed.insert(status.st_dev).second)
+            error = flush(path, ::syncfs);
+        if (error.isNull() && S_ISREG(status.st_mode))
+            error = flush(path, ::fsync);
         if (!error.isNull())
             return error;
     }
@@ -61,9 +91,21 @@ QString Disk::copyFileOntoDisk(const QString &from, const QString &to)
     QString error = copyFile(from, to);
     if (!error.isNull())
         return error;
-    // QFile::copy() hides a lost write, too; since Linux 5.8 this flush reports it.
-    error = flushFileSystem(to);
+    error = flush(to, ::syncfs);
+    // Before Linux 5.8 the flush reports no lost write, and QFile::copy() discards its own report.
+    if (error.isNull())
+        error = compareCopy(from, to);
     if (!error.isNull())
         QFile::remove(to);
     return error;
+}
+
+QString Disk::compareCopies(const QMap<QString, QString> &sources)
+{
+    for (auto copy = sources.cbegin(); copy != sources.cend(); ++copy) {
+        const QString error = compareCopy(copy.value(), copy.key());
+        if (!error.isNull())
+            return copy.key() + QStringLiteral(": ") + error;
+    }
+    return QString();
 }

@@ -74,9 +74,10 @@ void Device::start(QProcess &tool, const QStringList &arguments, const QString &
                             "OTHER_DISK='" +
                             otherDisk.path() + "'\n. '" OSTREL_PRELUDE "'\n";
     tool.setWorkingDirectory(scratch.path());
-    tool.start("sh", QStringList{"-c", prelude + setup + "\nexec $TRACE \"$@\"", "sh"} +
-                         QString(OSTREL_TOOL).split('|') +
-                         QStringList{"--root", "root", "--report", "report"} + arguments);
+    tool.start("sh",
+               QStringList{"-c", prelude + setup + "\nIFS='\n'\nexec $LAUNCHER \"$@\"", "sh"} +
+                   QString(OSTREL_TOOL).split('|') +
+                   QStringList{"--root", "root", "--report", "report"} + arguments);
 }
 
 Run Device::finish(QProcess &tool) const

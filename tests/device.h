@@ -43,7 +43,7 @@ public:
     void write(const QString &below, const QString &files) const;
     QString files(const QString &below) const;
 
-    /** Runs the tool from a shell that has run `setup`; with $TRACE before it, if that is set. */
+    /** Runs the tool from a shell that has run `setup`; through $LAUNCHER, if that is set. */
     Run run(const QStringList &arguments, const QString &setup = QString()) const;
     void start(QProcess &tool, const QStringList &arguments, const QString &setup) const;
     Run finish(QProcess &tool) const;

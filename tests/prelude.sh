@@ -4,13 +4,21 @@ export PATH="$stand_ins:$PATH" HOME="$PWD/home" TMPDIR="$PWD/tmp" SYSTEMCTL_STAT
 export LC_ALL=C # as where a service manager starts the tool
 unset XDG_DATA_HOME
 CONFIG=$PWD/root$HOME/.local/share/.ostrelsmart
-TRACE=
+LAUNCHER=
 hangs='echo asked; trap "" ABRT; while :; do :; done'
 
-# inject CALL FAULT [OPTION]: strace makes some of the tool's system calls fail, or kills it there.
+# through PROGRAM ARGUMENT...: another program starts the tool, which follows as its last arguments.
+through() {
+    LAUNCHER=$(printf '%s\n' "$@")
+}
+
+# inject CALL FAULT OPTION...: strace makes some of the tool's system calls fail, or kills it there.
 inject() {
     export ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0
-    TRACE="strace $3 -qq -o trace -e trace=$1 -e inject=$1:$2"
+    call=$1
+    fault=$2
+    shift 2
+    through strace -qq -o trace -e "trace=$call" -e "inject=$call:$fault" "$@"
 }
 
 # clock SETTING: a clock that runs fast, or one that stands still; to be set last.
