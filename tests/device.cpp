@@ -96,7 +96,11 @@ Run Device::finish(QProcess &tool) const
 
 QString Device::normalized(QString text) const
 {
-    text.replace(scratch.path(), "@").replace(scratch.path().mid(1), "@");
+    QString directory;
+    QDebug(&directory) << QDir(config());
+    text.replace(directory.trimmed(), "QDIR").replace(config(), "CONFIG");
+    text.replace(QDir(path("root")).relativeFilePath(config()), "CONFIG");
+    text.replace(scratch.path(), "@");
     text.replace(QSysInfo::currentCpuArchitecture(), "ARCH");
     text.replace(QRegularExpression("@/tmp/Ostrel Updater-\\w{6}"), "TMP");
     return text.replace(QRegularExpression("\\d{4}-\\d\\d-\\d\\dT[\\d:]{8}"), "NOW");

@@ -9,7 +9,8 @@
 
 /**
  * Starts a program as an interactive shell does: in a process group of its own, with no signal
- * ignored. (A plain QProcess has no process number under qemu.)
+ * ignored. Also works under qemu's user emulation, where processId() of a plain QProcess is -1:
+ * that class makes processes with clone() and a pidfd, one derived from it with fork().
  */
 class Process : public QProcess
 {
@@ -28,9 +29,8 @@ struct Run
 };
 
 // Trees of files are texts here: "a/b=content; c=", sorted by path, with the files of a backup in
-// braces as its content. In what is read, @ stands for the device's own path, TMP for the
-// extraction directory's, NOW for a time and ARCH for the architecture. Relative paths count from a
-// directory with blanks and non-ASCII letters in its name.
+// braces as its content. What is read has the placeholders of cases.txt. Relative paths count from
+// a directory with blanks and non-ASCII letters in its name.
 class Device
 {
 public:
