@@ -21,7 +21,8 @@ QString resolvePath(const QDir &directory, const QString &path);
 
 /**
  * A named directory of the device's applications, below the common data directory of the user who
- * runs the program or below the directory that the program is installed in.
+ * runs the program or below the directory that the program is installed in. This program uses
+ * getParentDirectory() and findFiles() alone; the rest is for other programs of the device.
  */
 class FileManager
 {
