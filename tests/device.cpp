@@ -103,7 +103,8 @@ QString Device::normalized(QString text) const
     text.replace(scratch.path(), "@");
     text.replace(QSysInfo::currentCpuArchitecture(), "ARCH");
     text.replace(QRegularExpression("@/tmp/Ostrel Updater-\\w{6}"), "TMP");
-    return text.replace(QRegularExpression("\\d{4}-\\d\\d-\\d\\dT[\\d:]{8}"), "NOW");
+    const QRegularExpression safetyBackup("ostrel_backup_\\d{4}-\\d\\d-\\d\\dT[\\d:]{8}\\.osb2");
+    return text.replace(safetyBackup, "SAFETY");
 }
 
 void runIn(const QString &directory, const QString &program, const QStringList &arguments)
