@@ -41,8 +41,7 @@ CommandResult runAndWait(QProcess &process, const CommandSettings &settings)
 {
     process.start(QIODevice::ReadOnly);
     const bool launched = process.state() != QProcess::NotRunning;
-    if (settings.startLimit > 0)
-        process.waitForStarted(settings.startLimit);
+    process.waitForStarted(settings.startLimit);
     process.waitForFinished(settings.finishLimit);
 
     CommandResult result;
