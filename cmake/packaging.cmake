@@ -25,20 +25,26 @@ install(FILES app/ostrel-updater.bash-completion
     DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
     RENAME ostrel-updater)
 
+# The directories of the package would have the modes that the umask leaves. Only CPack installs
+# below a directory of that name; an ordinary installation changes no mode.
+install(CODE [[
+    if("$ENV{DESTDIR}" MATCHES "/_CPack_Packages/")
+        execute_process(COMMAND chmod -R u=rwX,go=rX "$ENV{DESTDIR}" RESULT_VARIABLE status)
+        if(NOT status EQUAL 0)
+            message(FATAL_ERROR "The modes of the package's directories cannot be set: ${status}")
+        endif()
+    endif()
+]])
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
-# The directories' modes would be those of the umask.
-file(WRITE "${CMAKE_CURRENT_BINARY_DIR}/package-modes.cmake"
-    "execute_process(COMMAND chmod -R u=rwX,go=rX \"\${CPACK_TEMPORARY_INSTALL_DIRECTORY}\")\n")
-set(CPACK_PRE_BUILD_SCRIPTS "${CMAKE_CURRENT_BINARY_DIR}/package-modes.cmake")
 set(CPACK_PACKAGE_CONTACT "Ostrel Updater maintainers <maintainers@ostrel.example>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION admin)
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-    "Installs firmware updates, and backs up, restores and removes the configuration
-of the device's application; it stops the application's services meanwhile.")
+# CMake before 3.16 copies it as it is; later versions indent all lines but the last once more.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}
+ Installs firmware updates; backs up, restores and removes the configuration.")
 # The libraries are found from the executable; the programs that it runs are not.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "systemd, unzip, zip")
