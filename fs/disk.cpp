@@ -26,10 +26,24 @@ QString flush(const QString &path, int (*call)(int descriptor))
     return error;
 }
 
+/** Flushes the file system of `path`, if it is none of `flushed`, and `path` itself if a file. */
+QString flushPath(const QString &path, std::set<dev_t> &flushed)
+{
+    struct stat status = {};
+    if (::stat(QFile::encodeName(path).constData(), &status) != 0)
+        return errno == ENOENT ? QString() : qt_error_string(errno);
+    if (flushed.insert(status.st_dev).second) {
+        const QString error = flush(path, ::syncfs);
+        if (!error.isNull())
+            return error;
+    }
+    return S_ISREG(status.st_mode) ? flush(path, ::fsync) : QString();
+}
+
 /** Compares a copy, as it is on the disk, with its source. */
 QString compareCopy(const QString &source, const QString &copy)
 {
-    constexpr qint64 blockSize = 64 * 1024;
+    constexpr qint64 blockSize = 65536;
     QFile sourceFile(source);
     if (!sourceFile.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return sourceFile.errorString();
@@ -55,17 +69,7 @@ QString Disk::flushFileSystems(const QSet<QString> &paths)
 {
     std::set<dev_t> flushed;
     for (const QString &path : paths) {
-        struct stat status = {};
-        if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
-            if (errno == ENOENT)
-                continue;
-            return qt_error_string(errno);
-        }
-        QString error;
-        if (flushed.insert(status.st_dev).second)
-            error = flush(path, ::syncfs);
-        if (error.isNull() && S_ISREG(status.st_mode))
-            error = flush(path, ::fsync);
+        const QString error = flushPath(path, flushed);
         if (!error.isNull())
             return error;
     }
