@@ -1,5 +1,6 @@
-# For bash scripts that run a function of theirs apart from this machine, as root: with name spaces of
-# its own for mounts and processes, and with a minimal Debian that stays in the user's cache.
+# For bash scripts that run a function of theirs apart from this machine, as root: with name spaces
+# of its own for mounts and processes, and with a minimal Debian that stays in the user's cache.
+# They export all, for the shell that runs the function.
 # shellcheck shell=bash disable=SC1091,SC2016,SC2046 # os-release; apt's format; a number
 
 skip() {
@@ -16,8 +17,8 @@ clean_up() {
     rm -rf "$scratch"
 } 2>/dev/null
 
-# Runs function $1. In a session of its own, so that a signal to this process group leaves the rest to
-# clean_up.
+# Runs function $1. In a session of its own, so that a signal to this process group leaves the rest
+# to clean_up.
 run_apart() {
     local status=0
     setsid unshare --mount --pid --fork --kill-child --mount-proc bash -euc "$1" &
@@ -36,8 +37,8 @@ make_tree() {
     mv -T "$scratch/tree" "$tree" || [ -d "$tree" ]
 }
 
-# prepare SUITE PACKAGES: sets $tree, a Debian with these packages, separated by commas, and $scratch,
-# a directory beside it for as long as the script runs.
+# prepare SUITE PACKAGES: sets $tree, a Debian with these packages (separated by commas), and
+# $scratch, a directory beside it for as long as the script runs.
 prepare() {
     suite=$1 packages=$2 apart=
     [ "$(id -u)" = 0 ] || skip 'only root can make name spaces'
