@@ -2,7 +2,8 @@
 
 #include "core/externalcommand.h"
 #include "core/updatermanager.h"
-#include "fs/disk.h"
+
+#include <QFileInfo>
 
 namespace {
 
@@ -17,6 +18,13 @@ bool checkNoOption(const UpdaterManager &manager, const QString &archivePath)
     manager.info() << "The archive path must not begin with a hyphen, write ./ before it:"
                    << archivePath;
     return false;
+}
+
+/** The path of the archive that zip writes: it adds ".zip" to a name without a dot. */
+QString writtenPath(const QString &archivePath)
+{
+    const bool hasDot = archivePath.section(QLatin1Char('/'), -1).contains(QLatin1Char('.'));
+    return hasDot ? archivePath : archivePath + QStringLiteral(".zip");
 }
 
 QString zipStartProblem(QProcess::ProcessError error, const QStringList &arguments)
@@ -93,10 +101,10 @@ bool UpdaterManager::makeBackup(const QString &archivePath, bool withStatistics)
     if (!checkNoOption(*this, archivePath) || !runZip(*this, arguments, workingDirectory))
         return false;
 
-    // zip itself flushes nothing. It adds ".zip" to a name that has no extension.
-    const QString archive = resolvePath(QDir(workingDirectory), archivePath);
-    const QSet<QString> names = {archive, archive + QStringLiteral(".zip")};
-    if (!logOnDisk("The archive", Disk::flushFileSystems(names)))
+    // zip itself flushes nothing.
+    const QString archive = resolvePath(QDir(workingDirectory), writtenPath(archivePath));
+    const QSet<QString> changed = {QFileInfo(archive).absolutePath(), archive};
+    if (!logOnDisk("The archive", Disk::flushFileSystems(changed)))
         return false;
     info() << "zip finished successfully, created file:" << archivePath;
     return true;

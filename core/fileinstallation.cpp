@@ -1,7 +1,6 @@
 // File installation: a list of files copied from one directory tree into another.
 
 #include "core/updatermanager.h"
-#include "fs/disk.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -22,32 +21,32 @@ bool UpdaterManager::copyAndReplaceFiles(const QDir &from, const FileList &files
 
     // Links and mounts below the destination may lead to other file systems than its own.
     QSet<QString> changed;
-    QMap<QString, QString> newFiles;
+    NewFiles newFiles;
     for (const QString &file : files) {
-        const QString destination = resolvePath(to, file);
-        changed.insert(QFileInfo(destination).absolutePath());
-        if (!installFile(resolvePath(from, file), destination, newFiles))
+        changed.insert(QFileInfo(resolvePath(to, file)).absolutePath());
+        if (!installFile(from, file, to, newFiles))
             return false;
     }
     return logOnDisk("The files", Disk::flushFileSystems(changed)) &&
-           logOnDisk("The files", Disk::compareCopies(newFiles));
+           logOnDisk("The files", Disk::compareCopies(from, to, newFiles));
 }
 
-bool UpdaterManager::installFile(const QString &source, const QString &destination,
-                                 QMap<QString, QString> &newFiles) const
+bool UpdaterManager::installFile(const QDir &from, const QString &file, const QDir &to,
+                                 NewFiles &newFiles) const
 {
-    const QFileInfo place(destination);
-    place.dir().mkpath(QStringLiteral("."));
-    const QString installed = resolvePath(place.dir().canonicalPath(), place.fileName());
+    const QString source = resolvePath(from, file);
+    const QString destination = resolvePath(to, file);
+    QFileInfo(destination).dir().mkpath(QStringLiteral("."));
     info() << "Copying" << source << "into" << destination;
     if (!QFile::exists(destination)) {
-        newFiles.insert(installed, source);
-        return logOutcome("Copy", Disk::copyFile(source, destination).isNull());
+        const QString error = Disk::copyFile(source, destination);
+        newFiles[Disk::fileId(destination)] = file;
+        return logOutcome("Copy", error.isNull());
     }
-    // What is replaced or removed here may be new in the same list, which can reach a directory
+    // What is replaced or removed here may be new in the same list, which can reach one directory
     // under two names.
-    newFiles.remove(installed);
-    newFiles.remove(installed + replacementSuffix);
+    newFiles.erase(Disk::fileId(destination));
+    newFiles.erase(Disk::fileId(destination + replacementSuffix));
     return replaceFile(source, destination);
 }
 

@@ -2,7 +2,6 @@
 
 #include "core/externalcommand.h"
 #include "core/updatermanager.h"
-#include "fs/disk.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>

@@ -2,16 +2,17 @@
 
 #pragma once
 
+#include "fs/disk.h"
 #include "fs/filemanager.h"
 
 #include <QDebug>
 #include <QDir>
-#include <QMap>
 #include <QObject>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -113,12 +114,12 @@ private:
     /** In the order of their restore; the last one holds the statistics. */
     static std::vector<ConfigurationGroup> configurationGroups();
 
-    /**
-     * Installs one file, given by absolute paths, into a directory that may be missing. `newFiles`:
-     * the files of the same list that did not exist before, with their sources; kept up to date.
-     */
-    bool installFile(const QString &source, const QString &destination,
-                     QMap<QString, QString> &newFiles) const;
+    /** Files of a list, relative paths as there, that did not exist at their destinations. */
+    using NewFiles = std::map<Disk::FileId, QString>;
+
+    /** Installs one file of a list into a directory that may be missing; keeps `newFiles` true. */
+    bool installFile(const QDir &from, const QString &file, const QDir &to,
+                     NewFiles &newFiles) const;
 
     /** Installs one file over an existing one. */
     bool replaceFile(const QString &source, const QString &destination) const;

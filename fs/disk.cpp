@@ -1,5 +1,7 @@
 #include "fs/disk.h"
 
+#include "fs/filemanager.h"
+
 #include <QFile>
 
 #include <cerrno>
@@ -26,18 +28,17 @@ QString flush(const QString &path, int (*call)(int descriptor))
     return error;
 }
 
-/** Flushes the file system of `path`, if it is none of `flushed`, and `path` itself if a file. */
+/** Flushes `path` itself and its file system, if that is none of `flushed`. */
 QString flushPath(const QString &path, std::set<dev_t> &flushed)
 {
     struct stat status = {};
     if (::stat(QFile::encodeName(path).constData(), &status) != 0)
-        return errno == ENOENT ? QString() : qt_error_string(errno);
-    if (flushed.insert(status.st_dev).second) {
-        const QString error = flush(path, ::syncfs);
-        if (!error.isNull())
-            return error;
-    }
-    return S_ISREG(status.st_mode) ? flush(path, ::fsync) : QString();
+        return errno == ENOENT || errno == ENOTDIR ? QString() : qt_error_string(errno);
+    // After syncfs() has met a lost write and not reported it, fsync() would not find it any more.
+    const QString error = flush(path, ::fsync);
+    if (!error.isNull() || !flushed.insert(status.st_dev).second)
+        return error;
+    return flush(path, ::syncfs);
 }
 
 /** Compares a copy, as it is on the disk, with its source. */
@@ -104,12 +105,21 @@ QString Disk::copyFileOntoDisk(const QString &from, const QString &to)
     return error;
 }
 
-QString Disk::compareCopies(const QMap<QString, QString> &sources)
+Disk::FileId Disk::fileId(const QString &path)
 {
-    for (auto copy = sources.cbegin(); copy != sources.cend(); ++copy) {
-        const QString error = compareCopy(copy.value(), copy.key());
+    struct stat status = {};
+    ::lstat(QFile::encodeName(path).constData(), &status);
+    return {status.st_dev, status.st_ino};
+}
+
+QString Disk::compareCopies(const QDir &from, const QDir &to,
+                            const std::map<FileId, QString> &files)
+{
+    for (const auto &[id, file] : files) {
+        const QString copy = resolvePath(to, file);
+        const QString error = compareCopy(resolvePath(from, file), copy);
         if (!error.isNull())
-            return copy.key() + QStringLiteral(": ") + error;
+            return copy + QStringLiteral(": ") + error;
     }
     return QString();
 }

@@ -2,19 +2,30 @@
 
 #pragma once
 
-#include <QMap>
+#include <QDir>
 #include <QSet>
 #include <QString>
 
+#include <map>
+#include <utility>
+
+#include <sys/types.h>
+
 namespace Disk {
 
-// Each returns a null string on success, else the reason.
+/** The numbers of a file's device and inode: the same under all its names. */
+using FileId = std::pair<dev_t, ino_t>;
+
+/** That of the file `path`, or of the link if it is one; of no file if nothing is there. */
+FileId fileId(const QString &path);
+
+// The following return a null string on success, else the reason.
 
 /**
  * Puts everything written to the file systems that hold `paths` on the disk, up to the first
  * failure; passes over a path that does not exist. Also reports a write that was lost earlier and
- * that nobody has reported: since Linux 5.8 any write to such a file system, since 4.17 a write to
- * one of `paths` that is a file.
+ * that nobody has reported: since Linux 5.8 any write to such a file system, since 4.17 one to the
+ * files and directories `paths` themselves.
  */
 QString flushFileSystems(const QSet<QString> &paths);
 
@@ -28,9 +39,9 @@ QString copyFile(const QString &from, const QString &to);
 QString copyFileOntoDisk(const QString &from, const QString &to);
 
 /**
- * Reads flushed copies back from the disk and compares them with their sources. `sources`: the
- * path of each copy, and of what it is a copy of. The reason begins with the copy's path.
+ * Reads the flushed copies of `files` below `to` back from the disk and compares them with their
+ * sources below `from`. The reason begins with the copy's path.
  */
-QString compareCopies(const QMap<QString, QString> &sources);
+QString compareCopies(const QDir &from, const QDir &to, const std::map<FileId, QString> &files);
 
 } // namespace Disk

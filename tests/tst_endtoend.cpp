@@ -44,7 +44,8 @@ bool canRun(const QString &setup)
     if (setup.contains("OTHER_DISK") && QStorageInfo("/dev/shm").rootPath() != "/dev/shm")
         return false;
     const QStringList trial = {"-qq", "-o", "/dev/null", "true"};
-    return !setup.contains("inject ") || (!emulated && QProcess::execute("strace", trial) == 0);
+    return !setup.contains(QRegularExpression("inject |strace ")) ||
+           (!emulated && QProcess::execute("strace", trial) == 0);
 }
 
 /** What holds for every run on a prepared device. */
@@ -80,6 +81,18 @@ void checkReport(QString report, const QStringList &wanted)
     }
 }
 
+/** `wanted`: for each of some calls, in their order, words of its line in strace's output. */
+void checkTrace(const Device &device, const QStringList &wanted)
+{
+    QFile file(device.path("trace"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QString pattern = QRegularExpression::escape(wanted.join('\n'));
+    pattern.replace("\\ ", "[^\\n]*").replace("\\\n", ".*\\n.*");
+    const QRegularExpression calls(pattern, QRegularExpression::DotMatchesEverythingOption);
+    const QString trace = file.readAll();
+    QVERIFY2(calls.match(trace).hasMatch(), qPrintable(pattern + '\n' + trace));
+}
+
 } // namespace
 
 class TestEndToEnd : public QObject
@@ -96,8 +109,7 @@ private Q_SLOTS:
 
 void TestEndToEnd::caseEndsAsItShould_data()
 {
-    const QStringList keys = {
-        "package:", "setup:", "run:", "help:", "log:", "|", "config:", "files:", "calls:"};
+    const QString keys = "package: setup: run: help: log: | config: files: calls: trace:";
     QTest::addColumn<Case>("wanted");
     QFile file(QFINDTESTDATA("cases.txt"));
     QVERIFY(file.open(QIODevice::ReadOnly));
@@ -108,7 +120,7 @@ void TestEndToEnd::caseEndsAsItShould_data()
             if (line.isEmpty() || line.startsWith('#'))
                 continue;
             const QString key = line.section(' ', 0, 0);
-            QVERIFY2(keys.contains(key), qPrintable(line));
+            QVERIFY2(keys.split(' ').contains(key), qPrintable(line));
             line.replace("\\n", "\n").replace("\\r", "\r").replace("\\s", " ");
             if (key == "log:" || key == "|")
                 wanted["report"] << line;
@@ -139,6 +151,8 @@ void TestEndToEnd::caseEndsAsItShould()
         QVERIFY2(run.console.simplified().contains(text), qPrintable(run.console));
     checkInvariants(device, run, before);
     checkReport(run.report, wanted["report"]);
+    if (wanted.contains("trace"))
+        checkTrace(device, wanted["trace"]);
     if (wanted.contains("config"))
         QCOMPARE(device.files(device.config()), wanted["config"].join("; "));
     const QString files = device.files("root") + "; END";
