@@ -9,12 +9,12 @@ hangs='echo asked; trap "" ABRT; while :; do :; done'
 
 # through PROGRAM ARGUMENT...: another program starts the tool, which follows as its last arguments.
 through() {
+    export ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0
     LAUNCHER=$(printf '%s\n' "$@")
 }
 
 # inject CALL FAULT OPTION...: strace makes some of the tool's system calls fail, or kills it there.
 inject() {
-    export ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0
     call=$1
     fault=$2
     shift 2

@@ -81,18 +81,6 @@ void checkReport(QString report, const QStringList &wanted)
     }
 }
 
-/** `wanted`: for each of some calls, in their order, words of its line in strace's output. */
-void checkTrace(const Device &device, const QStringList &wanted)
-{
-    QFile file(device.path("trace"));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QString pattern = QRegularExpression::escape(wanted.join('\n'));
-    pattern.replace("\\ ", "[^\\n]*").replace("\\\n", ".*\\n.*");
-    const QRegularExpression calls(pattern, QRegularExpression::DotMatchesEverythingOption);
-    const QString trace = file.readAll();
-    QVERIFY2(calls.match(trace).hasMatch(), qPrintable(pattern + '\n' + trace));
-}
-
 } // namespace
 
 class TestEndToEnd : public QObject
@@ -109,7 +97,7 @@ private Q_SLOTS:
 
 void TestEndToEnd::caseEndsAsItShould_data()
 {
-    const QString keys = "package: setup: run: help: log: | config: files: calls: trace:";
+    const QString keys = "package: setup: run: help: log: | config: files: calls:";
     QTest::addColumn<Case>("wanted");
     QFile file(QFINDTESTDATA("cases.txt"));
     QVERIFY(file.open(QIODevice::ReadOnly));
@@ -151,8 +139,6 @@ void TestEndToEnd::caseEndsAsItShould()
         QVERIFY2(run.console.simplified().contains(text), qPrintable(run.console));
     checkInvariants(device, run, before);
     checkReport(run.report, wanted["report"]);
-    if (wanted.contains("trace"))
-        checkTrace(device, wanted["trace"]);
     if (wanted.contains("config"))
         QCOMPARE(device.files(device.config()), wanted["config"].join("; "));
     const QString files = device.files("root") + "; END";
