@@ -8,9 +8,9 @@
 #include <QTemporaryDir>
 
 /**
- * Starts a program as an interactive shell does: in a process group of its own, with no signal
- * ignored. Also works under qemu's user emulation, where processId() of a plain QProcess is -1:
- * that class makes processes with clone() and a pidfd, one derived from it with fork().
+ * Starts a program as a shell does: in a process group of its own, with no signal ignored. Under
+ * qemu's user emulation processId() of a plain QProcess is -1: it uses clone() with a pidfd, a
+ * class derived from it fork().
  */
 class Process : public QProcess
 {

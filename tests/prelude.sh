@@ -1,4 +1,5 @@
-# Shell commands before each run of the tool, which stand before each case's own setup.
+# Shell commands before each run of the tool and its own setup, which can use $CONFIG, the
+# configuration directory, and $OTHER_DISK, a directory on another disk.
 # shellcheck shell=sh disable=SC2034,SC2154 # variables for the case, and from the test program
 export PATH="$stand_ins:$PATH" HOME="$PWD/home" TMPDIR="$PWD/tmp" SYSTEMCTL_STATE="$PWD/state"
 export LC_ALL=C # as where a service manager starts the tool

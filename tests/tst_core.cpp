@@ -1,5 +1,4 @@
-// What runs of the tool do not test completely: the log, the signal mask, the directories and the
-// file search.
+// What runs of the tool do not test completely.
 
 #include "core/updatermanager.h"
 #include "tests/device.h"
