@@ -93,12 +93,23 @@ void writeReport(const QString &path, const QString &heading, const QStringList 
     Disk::flushFileSystems({path});
 }
 
+/** Makes the process independent of the signals that its caller has set up. */
+void prepareSignals()
+{
+    // Writing to a console that has been closed must fail, and not end the tool.
+    std::signal(SIGPIPE, SIG_IGN);
+    // Where SIGCHLD is blocked, QProcess never notices the end of a command.
+    sigset_t childEnd;
+    sigemptyset(&childEnd);
+    sigaddset(&childEnd, SIGCHLD);
+    sigprocmask(SIG_UNBLOCK, &childEnd, nullptr);
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    // Writing to a console that has been closed must fail, and not end the tool.
-    std::signal(SIGPIPE, SIG_IGN);
+    prepareSignals();
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Ostrel Updater"));
     QCoreApplication::setApplicationVersion(QStringLiteral(OSTREL_VERSION));

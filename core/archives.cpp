@@ -103,7 +103,7 @@ bool UpdaterManager::makeBackup(const QString &archivePath, bool withStatistics)
 
     // zip itself flushes nothing.
     const QString archive = resolvePath(QDir(workingDirectory), writtenPath(archivePath));
-    const QSet<QString> changed = {QFileInfo(archive).absolutePath(), archive};
+    const std::set<QString> changed = {QFileInfo(archive).absolutePath(), archive};
     if (!logOnDisk("The archive", Disk::flushFileSystems(changed)))
         return false;
     info() << "zip finished successfully, created file:" << archivePath;

@@ -71,14 +71,5 @@ CommandResult runCommand(const QString &program, const QStringList &arguments,
     process.setArguments(arguments);
     process.setWorkingDirectory(settings.workingDirectory);
     process.setStandardInputFile(QProcess::nullDevice());
-
-    // The caller may have blocked SIGCHLD: QProcess would never notice the end of a command.
-    sigset_t childEnd;
-    sigset_t callersMask;
-    sigemptyset(&childEnd);
-    sigaddset(&childEnd, SIGCHLD);
-    sigprocmask(SIG_UNBLOCK, &childEnd, &callersMask);
-    const CommandResult result = runAndWait(process, settings);
-    sigprocmask(SIG_SETMASK, &callersMask, nullptr);
-    return result;
+    return runAndWait(process, settings);
 }

@@ -20,7 +20,7 @@ bool UpdaterManager::copyAndReplaceFiles(const QDir &from, const FileList &files
         return false;
 
     // Links and mounts below the destination may lead to other file systems than its own.
-    QSet<QString> changed;
+    std::set<QString> changed;
     NewFiles newFiles;
     for (const QString &file : files) {
         changed.insert(QFileInfo(resolvePath(to, file)).absolutePath());
@@ -28,7 +28,7 @@ bool UpdaterManager::copyAndReplaceFiles(const QDir &from, const FileList &files
             return false;
     }
     return logOnDisk("The files", Disk::flushFileSystems(changed)) &&
-           logOnDisk("The files", Disk::compareCopies(from, to, newFiles));
+           compareNewFiles(from, to, newFiles);
 }
 
 bool UpdaterManager::installFile(const QDir &from, const QString &file, const QDir &to,
@@ -48,6 +48,18 @@ bool UpdaterManager::installFile(const QDir &from, const QString &file, const QD
     newFiles.erase(Disk::fileId(destination));
     newFiles.erase(Disk::fileId(destination + replacementSuffix));
     return replaceFile(source, destination);
+}
+
+bool UpdaterManager::compareNewFiles(const QDir &from, const QDir &to,
+                                     const NewFiles &newFiles) const
+{
+    for (const auto &[id, file] : newFiles) {
+        const QString copy = resolvePath(to, file);
+        const QString error = Disk::compareCopy(resolvePath(from, file), copy);
+        if (!error.isNull())
+            return logOnDisk("The files", copy + QStringLiteral(": ") + error);
+    }
+    return true;
 }
 
 bool UpdaterManager::replaceFile(const QString &source, const QString &destination) const

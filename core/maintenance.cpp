@@ -133,9 +133,12 @@ QString safetyBackupPath(const QDir &configDirectory)
         const QString time = QDateTime::currentDateTime().toString(Qt::ISODate);
         return configDirectory.absoluteFilePath(QStringLiteral("ostrel_backup_%1.osb2").arg(time));
     };
-    if (QFile::exists(pathNow()))
+    QString path = pathNow();
+    while (QFile::exists(path)) {
         QThread::sleep(1);
-    return pathNow();
+        path = pathNow();
+    }
+    return path;
 }
 
 } // namespace
@@ -216,17 +219,11 @@ bool UpdaterManager::removeConfiguration()
     const QDir configDirectory = getConfigPath();
     info() << "Firmware config path:" << configDirectory;
     const FileList oldBackups = FileManager::findFiles(configDirectory, {QStringLiteral("*.osb2")});
-    const QString safetyBackup = safetyBackupPath(configDirectory);
-    makeBackup(safetyBackup, true);
+    makeBackup(safetyBackupPath(configDirectory), true);
 
     for (const QString &oldBackup : oldBackups) {
-        const QString path = resolvePath(configDirectory, oldBackup);
-        // A file with the new backup's own name is the new backup or, if that failed, an older
-        // one that is kept.
-        if (path == safetyBackup)
-            continue;
         info() << "Removing" << oldBackup;
-        QFile::remove(path);
+        QFile::remove(resolvePath(configDirectory, oldBackup));
     }
     bool removed = true;
     for (const ConfigurationGroup &group : configurationGroups()) {

@@ -114,12 +114,15 @@ private:
     /** In the order of their restore; the last one holds the statistics. */
     static std::vector<ConfigurationGroup> configurationGroups();
 
-    /** Files of a list, relative paths as there, that did not exist at their destinations. */
+    /** The files of a list that are installed where none was, by the id of their copies. */
     using NewFiles = std::map<Disk::FileId, QString>;
 
-    /** Installs one file of a list into a directory that may be missing; keeps `newFiles` true. */
+    /** Installs one file of a list into a directory that may be missing; updates `newFiles`. */
     bool installFile(const QDir &from, const QString &file, const QDir &to,
                      NewFiles &newFiles) const;
+
+    /** Compares new files, which were flushed, with their sources; logs the first that differs. */
+    bool compareNewFiles(const QDir &from, const QDir &to, const NewFiles &newFiles) const;
 
     /** Installs one file over an existing one. */
     bool replaceFile(const QString &source, const QString &destination) const;

@@ -1,11 +1,9 @@
 #include "fs/disk.h"
 
-#include "fs/filemanager.h"
-
 #include <QFile>
 
 #include <cerrno>
-#include <set>
+#include <map>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -23,54 +21,34 @@ QString flush(const QString &path, int (*call)(int descriptor))
     const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK);
     if (descriptor < 0)
         return qt_error_string(errno);
-    const QString error = call(descriptor) == 0 ? QString() : qt_error_string(errno);
+    // EINVAL: there is no fsync() for such a file, such as a directory of some network file
+    // systems.
+    const bool failed = call(descriptor) != 0 && errno != EINVAL;
+    const QString error = failed ? qt_error_string(errno) : QString();
     ::close(descriptor);
     return error;
 }
 
-/** Flushes `path` itself and its file system, if that is none of `flushed`. */
-QString flushPath(const QString &path, std::set<dev_t> &flushed)
-{
-    struct stat status = {};
-    if (::stat(QFile::encodeName(path).constData(), &status) != 0)
-        return errno == ENOENT || errno == ENOTDIR ? QString() : qt_error_string(errno);
-    // After syncfs() has met a lost write and not reported it, fsync() would not find it any more.
-    const QString error = flush(path, ::fsync);
-    if (!error.isNull() || !flushed.insert(status.st_dev).second)
-        return error;
-    return flush(path, ::syncfs);
-}
-
-/** Compares a copy, as it is on the disk, with its source. */
-QString compareCopy(const QString &source, const QString &copy)
-{
-    constexpr qint64 blockSize = 65536;
-    QFile sourceFile(source);
-    if (!sourceFile.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        return sourceFile.errorString();
-    QFile copyFile(copy);
-    if (!copyFile.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        return copyFile.errorString();
-    // Drops what memory holds of the copy, so that it is read from the disk.
-    ::posix_fadvise(copyFile.handle(), 0, 0, POSIX_FADV_DONTNEED);
-    QByteArray block;
-    do {
-        block = copyFile.read(blockSize);
-        if (copyFile.error() != QFile::NoError)
-            return copyFile.errorString();
-        if (block != sourceFile.read(blockSize))
-            return QStringLiteral("the content read back differs");
-    } while (!block.isEmpty());
-    return QString();
-}
-
 } // namespace
 
-QString Disk::flushFileSystems(const QSet<QString> &paths)
+QString Disk::flushFileSystems(const std::set<QString> &paths)
 {
-    std::set<dev_t> flushed;
+    // First every fsync(): when syncfs() has met a lost write and not reported it, none finds it.
+    std::map<dev_t, QString> fileSystems;
     for (const QString &path : paths) {
-        const QString error = flushPath(path, flushed);
+        struct stat status = {};
+        if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
+            if (errno == ENOENT || errno == ENOTDIR)
+                continue;
+            return qt_error_string(errno);
+        }
+        fileSystems.emplace(status.st_dev, path);
+        const QString error = flush(path, ::fsync);
+        if (!error.isNull())
+            return error;
+    }
+    for (const auto &[device, path] : fileSystems) {
+        const QString error = flush(path, ::syncfs);
         if (!error.isNull())
             return error;
     }
@@ -96,7 +74,7 @@ QString Disk::copyFileOntoDisk(const QString &from, const QString &to)
     QString error = copyFile(from, to);
     if (!error.isNull())
         return error;
-    error = flush(to, ::syncfs);
+    error = flushFileSystems({to});
     // Before Linux 5.8 the flush reports no lost write, and QFile::copy() discards its own report.
     if (error.isNull())
         error = compareCopy(from, to);
@@ -112,14 +90,24 @@ Disk::FileId Disk::fileId(const QString &path)
     return {status.st_dev, status.st_ino};
 }
 
-QString Disk::compareCopies(const QDir &from, const QDir &to,
-                            const std::map<FileId, QString> &files)
+QString Disk::compareCopy(const QString &source, const QString &copy)
 {
-    for (const auto &[id, file] : files) {
-        const QString copy = resolvePath(to, file);
-        const QString error = compareCopy(resolvePath(from, file), copy);
-        if (!error.isNull())
-            return copy + QStringLiteral(": ") + error;
-    }
+    constexpr qint64 blockSize = 65536;
+    QFile sourceFile(source);
+    if (!sourceFile.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return sourceFile.errorString();
+    QFile copyFile(copy);
+    if (!copyFile.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return copyFile.errorString();
+    // Drops what memory holds of the copy, so that it is read from the disk.
+    ::posix_fadvise(copyFile.handle(), 0, 0, POSIX_FADV_DONTNEED);
+    QByteArray block;
+    do {
+        block = copyFile.read(blockSize);
+        if (copyFile.error() != QFile::NoError)
+            return copyFile.errorString();
+        if (block != sourceFile.read(blockSize))
+            return QStringLiteral("the content read back differs");
+    } while (!block.isEmpty());
     return QString();
 }

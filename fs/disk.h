@@ -2,11 +2,9 @@
 
 #pragma once
 
-#include <QDir>
-#include <QSet>
 #include <QString>
 
-#include <map>
+#include <set>
 #include <utility>
 
 #include <sys/types.h>
@@ -16,7 +14,7 @@ namespace Disk {
 /** The numbers of a file's device and inode: the same under all its names. */
 using FileId = std::pair<dev_t, ino_t>;
 
-/** That of the file `path`, or of the link if it is one; of no file if nothing is there. */
+/** The id of `path`, not of what a link there leads to; zeros if nothing is there. */
 FileId fileId(const QString &path);
 
 // The following return a null string on success, else the reason.
@@ -27,7 +25,7 @@ FileId fileId(const QString &path);
  * that nobody has reported: since Linux 5.8 any write to such a file system, since 4.17 one to the
  * files and directories `paths` themselves.
  */
-QString flushFileSystems(const QSet<QString> &paths);
+QString flushFileSystems(const std::set<QString> &paths);
 
 /** Copies the file `from` to `to`, which must not exist, with its mode; no copy if that fails. */
 QString copyFile(const QString &from, const QString &to);
@@ -38,10 +36,7 @@ QString copyFile(const QString &from, const QString &to);
  */
 QString copyFileOntoDisk(const QString &from, const QString &to);
 
-/**
- * Reads the flushed copies of `files` below `to` back from the disk and compares them with their
- * sources below `from`. The reason begins with the copy's path.
- */
-QString compareCopies(const QDir &from, const QDir &to, const std::map<FileId, QString> &files);
+/** Reads a copy that was flushed back from the disk and compares it with its source. */
+QString compareCopy(const QString &source, const QString &copy);
 
 } // namespace Disk
