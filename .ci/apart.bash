@@ -1,6 +1,6 @@
 # For bash scripts that run a function of theirs apart from this machine, as root: with name spaces
 # of its own for mounts and processes, and with a minimal Debian that stays in the user's cache.
-# They export all, for the shell that runs the function.
+# Callers set -a: run_apart starts a new bash, which must see the functions and variables.
 # shellcheck shell=bash disable=SC1091,SC2016,SC2046 # os-release; apt's format; a number
 
 skip() {
@@ -46,7 +46,7 @@ prepare() {
         skip 'the packages cannot be had'
     tree=${XDG_CACHE_HOME:-$HOME/.cache}/ostrel-updater/$suite+${packages//,/+}
     umask 022
-    mkdir -p "${tree%/*}"
+    mkdir -p "${tree%/*}" || skip 'the cache cannot be written'
     scratch=$(mktemp -d "$tree.XXXXXX")
     trap clean_up EXIT
     run_apart make_tree &>"$scratch/log" || skip "$(tail -n 1 "$scratch/log")"

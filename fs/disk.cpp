@@ -38,7 +38,7 @@ QString Disk::flushFileSystems(const std::set<QString> &paths)
     for (const QString &path : paths) {
         struct stat status = {};
         if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
-            if (errno == ENOENT || errno == ENOTDIR)
+            if (errno == ENOENT)
                 continue;
             return qt_error_string(errno);
         }

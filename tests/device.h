@@ -28,9 +28,8 @@ struct Run
     QString report;
 };
 
-// Trees of files are texts here: "a/b=content; c=", sorted by path, with the files of a backup in
-// braces as its content. What is read has the placeholders of cases.txt. Relative paths count from
-// a directory with blanks and non-ASCII letters in its name.
+// Trees of files are texts here, "a/b=content; c=", with the placeholders of cases.txt when read.
+// Relative paths count from a directory with blanks and non-ASCII letters in its name.
 class Device
 {
 public:
