@@ -22,7 +22,7 @@ inject() {
     through strace -qq -o trace -e "trace=$call" -e "inject=$call:$fault" "$@"
 }
 
-# clock SETTING: a clock that runs fast, or one that stands still; to be set last.
+# clock SETTING: a clock that runs fast or starts at a time; set last.
 clock() {
     export ASAN_OPTIONS=verify_asan_link_order=0 FAKETIME="$1" LD_PRELOAD="$faketime"
 }
