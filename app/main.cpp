@@ -84,16 +84,15 @@ const Mode *chosenMode(const QCommandLineParser &parser)
  */
 void writeReport(const QString &path, const QString &heading, const QStringList &log)
 {
-    const QStringList lines = QStringList(heading) + log;
     QFile file(path);
     if (path.isEmpty() || !file.open(QIODevice::WriteOnly))
         return;
-    file.write(lines.join(QLatin1Char('\n')).toUtf8());
+    file.write((QStringList(heading) + log).join(QLatin1Char('\n')).toUtf8());
     file.close();
     Disk::flushFileSystems({path});
 }
 
-/** Makes the process independent of the signals that its caller has set up. */
+/** Makes SIGPIPE and SIGCHLD independent of the caller's settings. */
 void prepareSignals()
 {
     // Writing to a console that has been closed must fail, and not end the tool.

@@ -2,6 +2,7 @@
 
 #include "core/externalcommand.h"
 #include "core/updatermanager.h"
+#include "fs/disk.h"
 
 #include <QFileInfo>
 
@@ -44,7 +45,7 @@ bool runZip(const UpdaterManager &manager, const QStringList &arguments,
 {
     CommandSettings settings;
     settings.workingDirectory = workingDirectory;
-    settings.startLimit = 0;
+    settings.startLimit = 0; // its limit counts from the start of the command
     settings.finishLimit = 120000;
     // Ctrl-C can end the tool first: zip reports its own end on standard error before it removes
     // its temporary file, and SIGPIPE would end it there.
@@ -104,7 +105,7 @@ bool UpdaterManager::makeBackup(const QString &archivePath, bool withStatistics)
     // zip itself flushes nothing.
     const QString archive = resolvePath(QDir(workingDirectory), writtenPath(archivePath));
     const std::set<QString> changed = {QFileInfo(archive).absolutePath(), archive};
-    if (!logOnDisk("The archive", Disk::flushFileSystems(changed)))
+    if (!checkNoProblem("The archive", Disk::flushFileSystems(changed)))
         return false;
     info() << "zip finished successfully, created file:" << archivePath;
     return true;

@@ -1,15 +1,65 @@
 // File installation: a list of files copied from one directory tree into another.
 
 #include "core/updatermanager.h"
+#include "fs/disk.h"
 
 #include <QFile>
 #include <QFileInfo>
 
 #include <cstdio>
+#include <map>
 
 namespace {
 
+struct Copy
+{
+    QString source;
+    QString destination;
+};
+
+/**
+ * The copies of a list that replaced no file, by inode: with a link "e -> c" in the destination,
+ * "e/d" of the list replaces the new "c/d", which then differs from its source.
+ */
+using NewFiles = std::map<Disk::FileId, Copy>;
+
 const QLatin1String replacementSuffix(".new");
+
+bool replaceFile(const UpdaterManager &manager, const Copy &copy)
+{
+    const QString replacementCopy = copy.destination + replacementSuffix;
+    manager.info() << "Destination file already exists";
+    QFile::remove(replacementCopy);
+    manager.info() << "Copying into" << replacementCopy;
+    const QString error = Disk::copyFileOntoDisk(copy.source, replacementCopy);
+    if (!manager.logOutcome("Copy", error.isNull(), QStringLiteral(" with error: '%1'").arg(error)))
+        return false;
+    // rename() alone would replace the old file too, but the report names both steps, and a
+    // removal that is refused must be seen.
+    manager.info() << "Removing old file" << copy.destination;
+    if (!manager.logOutcome("Removal", QFile::remove(copy.destination)))
+        return false;
+    manager.info() << "Renaming new file into" << copy.destination;
+    // Where the system refuses to rename, QFile::rename() would copy in place, unchecked.
+    const bool renamed = std::rename(QFile::encodeName(replacementCopy).constData(),
+                                     QFile::encodeName(copy.destination).constData()) == 0;
+    return manager.logOutcome("Rename", renamed);
+}
+
+bool installFile(const UpdaterManager &manager, const Copy &copy, NewFiles &newFiles)
+{
+    QFileInfo(copy.destination).dir().mkpath(QStringLiteral("."));
+    manager.info() << "Copying" << copy.source << "into" << copy.destination;
+    if (QFile::exists(copy.destination)) {
+        newFiles.erase(Disk::fileId(copy.destination));
+        newFiles.erase(Disk::fileId(copy.destination + replacementSuffix));
+        return replaceFile(manager, copy);
+    }
+    if (!manager.logOutcome("Copy", Disk::copyFile(copy.source, copy.destination).isNull()))
+        return false;
+    newFiles[Disk::fileId(copy.destination)] = copy;
+    return true;
+}
 
 } // namespace
 
@@ -23,63 +73,14 @@ bool UpdaterManager::copyAndReplaceFiles(const QDir &from, const FileList &files
     std::set<QString> changed;
     NewFiles newFiles;
     for (const QString &file : files) {
-        changed.insert(QFileInfo(resolvePath(to, file)).absolutePath());
-        if (!installFile(from, file, to, newFiles))
+        const Copy copy = {resolvePath(from, file), resolvePath(to, file)};
+        changed.insert(QFileInfo(copy.destination).absolutePath());
+        if (!installFile(*this, copy, newFiles))
             return false;
     }
-    return logOnDisk("The files", Disk::flushFileSystems(changed)) &&
-           compareNewFiles(from, to, newFiles);
-}
-
-bool UpdaterManager::installFile(const QDir &from, const QString &file, const QDir &to,
-                                 NewFiles &newFiles) const
-{
-    const QString source = resolvePath(from, file);
-    const QString destination = resolvePath(to, file);
-    QFileInfo(destination).dir().mkpath(QStringLiteral("."));
-    info() << "Copying" << source << "into" << destination;
-    if (!QFile::exists(destination)) {
-        const QString error = Disk::copyFile(source, destination);
-        newFiles[Disk::fileId(destination)] = file;
-        return logOutcome("Copy", error.isNull());
-    }
-    // What is replaced or removed here may be new in the same list, which can reach one directory
-    // under two names.
-    newFiles.erase(Disk::fileId(destination));
-    newFiles.erase(Disk::fileId(destination + replacementSuffix));
-    return replaceFile(source, destination);
-}
-
-bool UpdaterManager::compareNewFiles(const QDir &from, const QDir &to,
-                                     const NewFiles &newFiles) const
-{
-    for (const auto &[id, file] : newFiles) {
-        const QString copy = resolvePath(to, file);
-        const QString error = Disk::compareCopy(resolvePath(from, file), copy);
-        if (!error.isNull())
-            return logOnDisk("The files", copy + QStringLiteral(": ") + error);
-    }
-    return true;
-}
-
-bool UpdaterManager::replaceFile(const QString &source, const QString &destination) const
-{
-    const QString replacementCopy = destination + replacementSuffix;
-    info() << "Destination file already exists";
-    QFile::remove(replacementCopy);
-    info() << "Copying into" << replacementCopy;
-    const QString error = Disk::copyFileOntoDisk(source, replacementCopy);
-    if (!logOutcome("Copy", error.isNull())) {
-        // Continues the line of the outcome.
-        logStream << QStringLiteral("with error: '%1'").arg(error);
-        return false;
-    }
-    info() << "Removing old file" << destination;
-    if (!logOutcome("Removal", QFile::remove(destination)))
-        return false;
-    info() << "Renaming new file into" << destination;
-    // Where the system refuses to rename, QFile::rename() would copy in place, unchecked.
-    const bool renamed = std::rename(QFile::encodeName(replacementCopy).constData(),
-                                     QFile::encodeName(destination).constData()) == 0;
-    return logOutcome("Rename", renamed);
+    QString problem = Disk::flushFileSystems(changed);
+    for (const auto &[id, copy] : newFiles)
+        if (problem.isNull())
+            problem = Disk::compareCopy(copy.source, copy.destination);
+    return checkNoProblem("The files", problem);
 }

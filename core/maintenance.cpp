@@ -2,6 +2,7 @@
 
 #include "core/externalcommand.h"
 #include "core/updatermanager.h"
+#include "fs/disk.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>
@@ -10,6 +11,7 @@
 #include <QThread>
 
 #include <csignal>
+#include <map>
 
 namespace {
 
@@ -57,7 +59,7 @@ QString readVersionText(const UpdaterManager &manager, const QDir &package)
     return text;
 }
 
-/** Checks "version[:target architecture[:...]]" against this machine, whatever the version. */
+/** Checks "version[:architecture[:...]]" for this machine. The version is compared with nothing. */
 bool checkArchitecture(const UpdaterManager &manager, const QString &versionLine)
 {
     const QStringList fields = versionLine.split(QLatin1Char(':'));
@@ -129,19 +131,19 @@ void blockEndingSignals()
  */
 QString safetyBackupPath(const QDir &configDirectory)
 {
-    const auto pathNow = [&configDirectory] {
+    for (;;) {
         const QString time = QDateTime::currentDateTime().toString(Qt::ISODate);
-        return configDirectory.absoluteFilePath(QStringLiteral("ostrel_backup_%1.osb2").arg(time));
-    };
-    QString path = pathNow();
-    while (QFile::exists(path)) {
+        const QString path =
+            configDirectory.absoluteFilePath(QStringLiteral("ostrel_backup_%1.osb2").arg(time));
+        if (!QFile::exists(path))
+            return path;
         QThread::sleep(1);
-        path = pathNow();
     }
-    return path;
 }
 
 } // namespace
+
+// "x = f() && x": all groups and directories are attempted, also after one of them has failed.
 
 bool UpdaterManager::updateFirmware(const QString &archivePath)
 {
@@ -181,18 +183,12 @@ bool UpdaterManager::restoreBackup(const QString &archivePath)
     blockEndingSignals();
     stopServices(productServices());
 
-    struct ArchivedGroup
-    {
-        QDir source;
-        FileList files;
-        QString directory;
-    };
-    std::vector<ArchivedGroup> archivedGroups;
+    const QDir extractionDirectory(extracted->path());
+    std::map<QString, FileList> archivedFiles;
     for (const ConfigurationGroup &group : configurationGroups()) {
-        const QDir source(extracted->path() + QLatin1Char('/') + group.directory);
-        const FileList files = FileManager::findFiles(source, {QStringLiteral("*")});
-        info() << group.heading << files;
-        archivedGroups.push_back({source, files, group.directory});
+        const QDir source(extractionDirectory.absoluteFilePath(group.directory));
+        archivedFiles[group.directory] = FileManager::findFiles(source, {QStringLiteral("*")});
+        info() << group.heading << archivedFiles[group.directory];
     }
 
     const QDir configDirectory = getConfigPath();
@@ -202,9 +198,11 @@ bool UpdaterManager::restoreBackup(const QString &archivePath)
     logOutcome("Backup", makeBackup(safetyBackup, true));
 
     bool restored = true;
-    for (const ArchivedGroup &group : archivedGroups) {
+    for (const ConfigurationGroup &group : configurationGroups()) {
+        const QDir source(extractionDirectory.absoluteFilePath(group.directory));
         const QDir destination(configDirectory.absoluteFilePath(group.directory));
-        restored = copyAndReplaceFiles(group.source, group.files, destination) && restored;
+        const FileList &files = archivedFiles[group.directory];
+        restored = copyAndReplaceFiles(source, files, destination) && restored;
     }
     restartServices(productServices());
     return restored;
@@ -219,6 +217,7 @@ bool UpdaterManager::removeConfiguration()
     const QDir configDirectory = getConfigPath();
     info() << "Firmware config path:" << configDirectory;
     const FileList oldBackups = FileManager::findFiles(configDirectory, {QStringLiteral("*.osb2")});
+    // Whether it succeeds or not: the operator has asked for the removal.
     makeBackup(safetyBackupPath(configDirectory), true);
 
     for (const QString &oldBackup : oldBackups) {
@@ -230,7 +229,8 @@ bool UpdaterManager::removeConfiguration()
         QDir directory(configDirectory.absoluteFilePath(group.directory));
         removed = directory.removeRecursively() && removed;
     }
-    const bool flushed = logOnDisk("The removal", Disk::flushFileSystems({configDirectory.path()}));
+    const bool flushed =
+        checkNoProblem("The removal", Disk::flushFileSystems({configDirectory.path()}));
     restartServices(productServices());
     return removed && flushed;
 }

@@ -1,3 +1,6 @@
+// The operation log and the configuration's location. The log is an interface: other programs parse
+// its lines, so "successfull", "successfuly", doubled blanks and the blank that ends a line stay.
+
 #include "core/updatermanager.h"
 
 #include <QTextStream>
@@ -38,17 +41,18 @@ QDebug &UpdaterManager::info() const
 
 QStringList UpdaterManager::getOutputLog() const { return logLines; }
 
-bool UpdaterManager::logOutcome(const char *step, bool succeeded) const
+bool UpdaterManager::logOutcome(const char *step, bool succeeded, const QString &failure) const
 {
-    info() << step << (succeeded ? "successfull" : "failed");
+    info() << step
+           << (succeeded ? QStringLiteral("successfull") : QStringLiteral("failed") + failure);
     return succeeded;
 }
 
-bool UpdaterManager::logOnDisk(const char *what, const QString &error) const
+bool UpdaterManager::checkNoProblem(const char *what, const QString &problem) const
 {
-    if (!error.isNull())
-        info() << what << "could not be written to the disk:" << error;
-    return error.isNull();
+    if (!problem.isNull())
+        info() << what << problem;
+    return problem.isNull();
 }
 
 std::vector<UpdaterManager::ConfigurationGroup> UpdaterManager::configurationGroups()

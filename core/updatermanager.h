@@ -2,7 +2,6 @@
 
 #pragma once
 
-#include "fs/disk.h"
 #include "fs/filemanager.h"
 
 #include <QDebug>
@@ -12,7 +11,6 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-#include <map>
 #include <memory>
 #include <vector>
 
@@ -99,6 +97,14 @@ public:
      */
     bool copyAndReplaceFiles(const QDir &from, const FileList &files, const QDir &to);
 
+    // What several steps log.
+
+    /** Logs whether `step` succeeded; a `failure` follows "failed". Returns `succeeded`. */
+    bool logOutcome(const char *step, bool succeeded, const QString &failure = QString()) const;
+
+    /** True if `problem` is null. Logs it otherwise: it says what happened to `what`. */
+    bool checkNoProblem(const char *what, const QString &problem) const;
+
 private:
     /** The product's services, in the order in which they are stopped and restarted. */
     static std::vector<QString> productServices();
@@ -113,25 +119,6 @@ private:
 
     /** In the order of their restore; the last one holds the statistics. */
     static std::vector<ConfigurationGroup> configurationGroups();
-
-    /** The files of a list that are installed where none was, by the id of their copies. */
-    using NewFiles = std::map<Disk::FileId, QString>;
-
-    /** Installs one file of a list into a directory that may be missing; updates `newFiles`. */
-    bool installFile(const QDir &from, const QString &file, const QDir &to,
-                     NewFiles &newFiles) const;
-
-    /** Compares new files, which were flushed, with their sources; logs the first that differs. */
-    bool compareNewFiles(const QDir &from, const QDir &to, const NewFiles &newFiles) const;
-
-    /** Installs one file over an existing one. */
-    bool replaceFile(const QString &source, const QString &destination) const;
-
-    /** Logs whether `step` succeeded, in words that other programs read; returns `succeeded`. */
-    bool logOutcome(const char *step, bool succeeded) const;
-
-    /** Logs that `what` is not on the disk if there is an `error`; true if there is none. */
-    bool logOnDisk(const char *what, const QString &error) const;
 
     QDir rootDirectory;
     bool verbose;

@@ -14,43 +14,46 @@ static_assert(sizeof(off_t) == 8 && sizeof(ino_t) == 8, "needs _FILE_OFFSET_BITS
 
 namespace {
 
+const QLatin1String notWritten("could not be written to the disk: ");
+const QLatin1String notVerified("could not be verified: ");
+
 /** Calls syncfs() or fsync() for `path`. */
 QString flush(const QString &path, int (*call)(int descriptor))
 {
     // A report may be a pipe: without O_NONBLOCK, this would wait for its writer.
     const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK);
     if (descriptor < 0)
-        return qt_error_string(errno);
-    // EINVAL: there is no fsync() for such a file, such as a directory of some network file
-    // systems.
+        return notWritten + qt_error_string(errno);
+    // EINVAL: there is no fsync() for this, such as a directory of some network file systems.
     const bool failed = call(descriptor) != 0 && errno != EINVAL;
-    const QString error = failed ? qt_error_string(errno) : QString();
+    const QString problem = failed ? notWritten + qt_error_string(errno) : QString();
     ::close(descriptor);
-    return error;
+    return problem;
 }
 
 } // namespace
 
 QString Disk::flushFileSystems(const std::set<QString> &paths)
 {
-    // First every fsync(): when syncfs() has met a lost write and not reported it, none finds it.
+    // fsync() comes first: a lost write that syncfs() meets and does not report, as before Linux
+    // 5.8, is not reported by a later fsync() either.
     std::map<dev_t, QString> fileSystems;
     for (const QString &path : paths) {
         struct stat status = {};
         if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
-            if (errno == ENOENT)
+            if (errno == ENOENT || errno == ENOTDIR)
                 continue;
-            return qt_error_string(errno);
+            return notWritten + qt_error_string(errno);
         }
         fileSystems.emplace(status.st_dev, path);
-        const QString error = flush(path, ::fsync);
-        if (!error.isNull())
-            return error;
+        const QString problem = flush(path, ::fsync);
+        if (!problem.isNull())
+            return problem;
     }
     for (const auto &[device, path] : fileSystems) {
-        const QString error = flush(path, ::syncfs);
-        if (!error.isNull())
-            return error;
+        const QString problem = flush(path, ::syncfs);
+        if (!problem.isNull())
+            return problem;
     }
     return QString();
 }
@@ -71,17 +74,18 @@ QString Disk::copyFile(const QString &from, const QString &to)
 
 QString Disk::copyFileOntoDisk(const QString &from, const QString &to)
 {
-    QString error = copyFile(from, to);
-    if (!error.isNull())
-        return error;
-    // syncfs() alone: a lost journal, which only fsync() reports, also loses what is done next.
-    error = flush(to, ::syncfs);
+    QString problem = copyFile(from, to);
+    if (!problem.isNull())
+        return problem;
+    // Without fsync(), which also reports a lost journal: that loses the removal and the renaming
+    // that follow, too, and the fsync() of their directory reports it.
+    problem = flush(to, ::syncfs);
     // Before Linux 5.8 the flush reports no lost write, and QFile::copy() discards its own report.
-    if (error.isNull())
-        error = compareCopy(from, to);
-    if (!error.isNull())
+    if (problem.isNull())
+        problem = compareCopy(from, to);
+    if (!problem.isNull())
         QFile::remove(to);
-    return error;
+    return problem;
 }
 
 Disk::FileId Disk::fileId(const QString &path)
@@ -94,21 +98,25 @@ Disk::FileId Disk::fileId(const QString &path)
 QString Disk::compareCopy(const QString &source, const QString &copy)
 {
     constexpr qint64 blockSize = 65536;
-    QFile sourceFile(source);
-    if (!sourceFile.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        return sourceFile.errorString();
-    QFile copyFile(copy);
-    if (!copyFile.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        return copyFile.errorString();
+    QFile original(source);
+    QFile written(copy);
+    const auto readProblem = [](const QFile &file) {
+        return notVerified + file.fileName() + QStringLiteral(": ") + file.errorString();
+    };
+    for (QFile *file : {&original, &written})
+        if (!file->open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+            return readProblem(*file);
     // Drops what memory holds of the copy, so that it is read from the disk.
-    ::posix_fadvise(copyFile.handle(), 0, 0, POSIX_FADV_DONTNEED);
+    ::posix_fadvise(written.handle(), 0, 0, POSIX_FADV_DONTNEED);
     QByteArray block;
     do {
-        block = copyFile.read(blockSize);
-        if (copyFile.error() != QFile::NoError)
-            return copyFile.errorString();
-        if (block != sourceFile.read(blockSize))
-            return QStringLiteral("the content read back differs");
+        block = original.read(blockSize);
+        const bool same = written.read(blockSize) == block;
+        for (const QFile *file : {&original, &written})
+            if (file->error() != QFile::NoError)
+                return readProblem(*file);
+        if (!same)
+            return notVerified + copy + QStringLiteral(" differs from ") + source;
     } while (!block.isEmpty());
     return QString();
 }

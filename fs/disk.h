@@ -1,4 +1,8 @@
 // Changes that survive a power cut: flushes of file systems, and copies of files.
+//
+// What is flushed when: the copy that replaces a file before the old file is removed; all else that
+// a job changes (new files, directories, archives, removals) once, at the end of each group or
+// step; the report last. Success is claimed only after that.
 
 #pragma once
 
@@ -17,11 +21,12 @@ using FileId = std::pair<dev_t, ino_t>;
 /** The id of `path`, not of what a link there leads to; zeros if nothing is there. */
 FileId fileId(const QString &path);
 
-// The following return a null string on success, else the reason.
+// The following return a null string on success, else the problem in words for the log, such as
+// "could not be verified: PATH: Input/output error".
 
 /**
  * Puts everything written to the file systems that hold `paths` on the disk, up to the first
- * failure; passes over a path that does not exist. Also reports a write that was lost earlier and
+ * failure; passes over a path where nothing is. Also reports a write that was lost earlier and
  * that nobody has reported: since Linux 5.8 any write to such a file system, since 4.17 one to the
  * files and directories `paths` themselves.
  */
@@ -30,10 +35,7 @@ QString flushFileSystems(const std::set<QString> &paths);
 /** Copies the file `from` to `to`, which must not exist, with its mode; no copy if that fails. */
 QString copyFile(const QString &from, const QString &to);
 
-/**
- * As copyFile(), but succeeds only when content, mode and name of the copy are on the disk; the
- * content is read back.
- */
+/** As copyFile(), but the copy with its mode and name is also flushed and compared with `from`. */
 QString copyFileOntoDisk(const QString &from, const QString &to);
 
 /** Reads a copy that was flushed back from the disk and compares it with its source. */

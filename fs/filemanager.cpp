@@ -39,9 +39,8 @@ QDir FileManager::getParentDirectory() { return QDir(commonDataPath()); }
 
 void FileManager::createDirectory() const
 {
-    if (directory.exists())
-        return;
-    directory.mkpath(QStringLiteral("."));
+    if (!directory.exists())
+        directory.mkpath(QStringLiteral("."));
 }
 
 bool FileManager::exists(const QString &name) const { return directory.exists(name); }

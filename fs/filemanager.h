@@ -55,9 +55,8 @@ public:
     static FileList findFiles(const QDir &start, const QStringList &patterns);
 
     /**
-     * Parses the file `fileName` of the directory as XML into `document`. False, with no reason
-     * given, when the file is missing, unreadable or not well-formed; `document` stays as it was
-     * when the file could not be opened.
+     * Parses the file `fileName` of the directory as XML into `document`. False if it is not
+     * well-formed or cannot be read; `document` is unchanged if it cannot be opened.
      */
     bool readFromFile(QDomDocument *document, const QString &fileName) const;
 

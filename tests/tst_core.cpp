@@ -1,6 +1,7 @@
 // What runs of the tool do not test completely.
 
 #include "core/updatermanager.h"
+#include "fs/disk.h"
 #include "tests/device.h"
 
 #include <QDomDocument>
@@ -16,6 +17,7 @@ private Q_SLOTS:
     void configurationLiesBelowTheRoot();
     void fileManagerNamesItsDirectory();
     void searchListsDepthFirstAndFollowsLinks();
+    void unreadableSourceIsNoEqualContent();
 
 private:
     const Device device;
@@ -87,6 +89,19 @@ void TestCore::searchListsDepthFirstAndFollowsLinks()
                        "again/ë f.txt", "Sub/d/ë f.txt"}));
     QCOMPARE(FileManager::findFiles(start, {}).size(), std::size_t(9));
     QVERIFY(FileManager::findFiles(QDir(device.path("absent")), {"*"}).empty());
+}
+
+void TestCore::unreadableSourceIsNoEqualContent()
+{
+    device.write("", "empty=; full=x");
+    const QString problem = "could not be verified: %1: Input/output error";
+    const QString unreadable = "/proc/self/mem"; // at its start
+    for (const QString &file : {device.path("empty"), device.path("full")}) {
+        QCOMPARE(Disk::compareCopy(unreadable, file), problem.arg(unreadable));
+        QCOMPARE(Disk::compareCopy(file, unreadable), problem.arg(unreadable));
+        QVERIFY(Disk::compareCopy(device.path("absent"), file).contains("absent: No such file"));
+        QVERIFY(Disk::compareCopy(file, file).isNull());
+    }
 }
 
 QTEST_GUILESS_MAIN(TestCore)
