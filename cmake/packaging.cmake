@@ -24,6 +24,25 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/docs/changelog.gz" docs/copyright
 install(FILES app/ostrel-updater.bash-completion
     DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
     RENAME ostrel-updater)
+install(PROGRAMS app/ostrel-job DESTINATION "${CMAKE_INSTALL_BINDIR}")
+# Units are below /usr since Debian 13.
+set(unitDirectory lib/systemd/system)
+file(STRINGS /etc/os-release older REGEX "^VERSION_ID=\"1[0-2]\"")
+if(older)
+    set(unitDirectory /lib/systemd/system)
+endif()
+install(FILES app/ostrel-resume.service DESTINATION "${unitDirectory}")
+
+# Both commands have one manual page and one completion.
+foreach(link IN ITEMS
+        "${CMAKE_INSTALL_MANDIR}/man8/ostrel-job.8.gz ostrel-updater.8.gz"
+        "${CMAKE_INSTALL_DATADIR}/bash-completion/completions/ostrel-job ostrel-updater")
+    string(REGEX MATCH "(.*)/(.*) (.*)" match "${link}")
+    execute_process(COMMAND "${CMAKE_COMMAND}" -E create_symlink
+        "${CMAKE_MATCH_3}" "${CMAKE_CURRENT_BINARY_DIR}/docs/${CMAKE_MATCH_2}")
+    install(FILES "${CMAKE_CURRENT_BINARY_DIR}/docs/${CMAKE_MATCH_2}"
+        DESTINATION "${CMAKE_MATCH_1}")
+endforeach()
 
 # The directories of the package would have the modes that the umask leaves. Only CPack installs
 # below a directory of that name; an ordinary installation changes no mode.
@@ -48,4 +67,8 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}
 # The libraries are found from the executable; the programs that it runs are not.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "systemd, unzip, zip")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS dbus) # systemd-run, in ostrel-job
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA
+    "${PROJECT_SOURCE_DIR}/cmake/postinst" "${PROJECT_SOURCE_DIR}/cmake/postrm")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 include(CPack)
