@@ -22,6 +22,11 @@ inject() {
     through strace -qq -o trace -e "trace=$call" -e "inject=$call:$fault" "$@"
 }
 
+# record_flushes: records what is flushed, read back and removed, for the key of this name.
+record_flushes() {
+    through strace -qqy -o trace -e trace=fadvise64,fsync,syncfs,unlink
+}
+
 # clock SETTING: a clock that runs fast or starts at a time; set last.
 clock() {
     export ASAN_OPTIONS=verify_asan_link_order=0 FAKETIME="$1" LD_PRELOAD="$faketime"

@@ -93,15 +93,12 @@ void TestCore::searchListsDepthFirstAndFollowsLinks()
 
 void TestCore::unreadableSourceIsNoEqualContent()
 {
-    device.write("", "empty=; full=x");
-    const QString problem = "could not be verified: %1: Input/output error";
+    device.write("", "empty=");
+    const QString empty = device.path("empty");
     const QString unreadable = "/proc/self/mem"; // at its start
-    for (const QString &file : {device.path("empty"), device.path("full")}) {
-        QCOMPARE(Disk::compareCopy(unreadable, file), problem.arg(unreadable));
-        QCOMPARE(Disk::compareCopy(file, unreadable), problem.arg(unreadable));
-        QVERIFY(Disk::compareCopy(device.path("absent"), file).contains("absent: No such file"));
-        QVERIFY(Disk::compareCopy(file, file).isNull());
-    }
+    const QString problem = "could not be verified: /proc/self/mem: Input/output error";
+    QCOMPARE(Disk::compareCopy(unreadable, empty), problem);
+    QCOMPARE(Disk::compareCopy(empty, unreadable), problem);
 }
 
 QTEST_GUILESS_MAIN(TestCore)

@@ -45,7 +45,7 @@ bool canRun(const QString &setup)
         return false;
     const QStringList trial = {"-qq", "-o", "/dev/null", "true"};
     // The cases name the system calls of this architecture.
-    return !setup.contains(QRegularExpression("inject |strace ")) ||
+    return !setup.contains(QRegularExpression("inject |record_")) ||
            (QSysInfo::currentCpuArchitecture() == "x86_64" &&
             QProcess::execute("strace", trial) == 0);
 }
@@ -68,6 +68,19 @@ void checkInvariants(const Device &device, const Run &run, const QString &before
         QVERIFY2(after.count(QRegularExpression("opt/ostrel/[ab]=new")) == 2, qPrintable(after));
     if (run.report.startsWith("UPDATE FAILURE") && !stopped)
         QCOMPARE(after, before);
+}
+
+/** The system calls of "record_flushes" below /opt, with the last part of their paths. */
+QString flushes(const Device &device)
+{
+    QFile trace(device.path("trace"));
+    trace.open(QIODevice::ReadOnly);
+    const QRegularExpression call("^(\\w+)\\(.*/opt/(.*/)?([^/>]+)[>\"](\\)|.*DONTNEED)");
+    QStringList found;
+    for (const QString &line : QString(trace.readAll()).split('\n'))
+        if (const auto match = call.match(line); match.hasMatch())
+            found << match.captured(1) + " " + match.captured(3);
+    return found.join(", ");
 }
 
 /** `wanted`: lines of a report as in cases.txt, with their keys. */
@@ -98,7 +111,7 @@ private Q_SLOTS:
 
 void TestEndToEnd::caseEndsAsItShould_data()
 {
-    const QString keys = "package: setup: run: help: log: | config: files: calls:";
+    const QString keys = "package: add: setup: run: help: log: | config: files: calls: flushes:";
     QTest::addColumn<Case>("wanted");
     QFile file(QFINDTESTDATA("cases.txt"));
     QVERIFY(file.open(QIODevice::ReadOnly));
@@ -129,6 +142,9 @@ void TestEndToEnd::caseEndsAsItShould()
     const Device device;
     QString package = wanted.value("package", {updatePackage}).join("; ");
     prepare(device, package.replace("ARCH", QSysInfo::currentCpuArchitecture()));
+    const QString config = QDir(device.path("root")).relativeFilePath(device.config());
+    if (wanted.contains("add"))
+        device.write("root", wanted["add"].join("; ").replace("CONFIG", config));
     const QString before = device.files("root");
     const QString arguments = wanted.value("run", update).join(' ');
     const Run run = device.run(arguments.split(' '), setup);
@@ -145,6 +161,8 @@ void TestEndToEnd::caseEndsAsItShould()
         QCOMPARE(device.files(device.config()), wanted["config"].join("; "));
     const QString files = device.files("root") + "; END";
     QVERIFY2(files.contains(wanted["files"].join("; ")), qPrintable(files));
+    if (wanted.contains("flushes"))
+        QCOMPARE(flushes(device), wanted["flushes"].join(", "));
     const QString calls = device.files("state").replace('\n', ", ") + ";";
     if (wanted.contains("calls"))
         QVERIFY2(calls.contains("calls=" + wanted["calls"].join(", ") + ", ;"), qPrintable(calls));
