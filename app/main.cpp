@@ -41,8 +41,8 @@ void addOptions(QCommandLineParser &parser)
     });
 }
 
-/** What one mode option stands for. */
-struct Mode
+/** What one job option stands for. */
+struct Job
 {
     QLatin1String option;
     /** The first word of the report. */
@@ -51,7 +51,7 @@ struct Mode
 };
 
 /** In order of precedence: the first whose option is set is the one that runs. */
-const std::array<Mode, 4> modes = {{
+const std::array<Job, 4> jobs = {{
     {updateFirmware, QLatin1String("UPDATE"),
      [](UpdaterManager &manager, const QCommandLineParser &parser) {
          return manager.updateFirmware(parser.value(updateFirmware));
@@ -70,11 +70,11 @@ const std::array<Mode, 4> modes = {{
      }},
 }};
 
-const Mode *chosenMode(const QCommandLineParser &parser)
+const Job *chosenJob(const QCommandLineParser &parser)
 {
-    for (const Mode &mode : modes)
-        if (parser.isSet(mode.option))
-            return &mode;
+    for (const Job &job : jobs)
+        if (parser.isSet(job.option))
+            return &job;
     return nullptr;
 }
 
@@ -121,15 +121,15 @@ int main(int argc, char *argv[])
     parser.process(QCoreApplication::arguments());
 
     UpdaterManager manager(parser.value(root), parser.isSet(verbose), nullptr);
-    const Mode *const mode = chosenMode(parser);
-    if (mode == nullptr)
+    const Job *const job = chosenJob(parser);
+    if (job == nullptr)
         parser.showHelp(0);
 
-    const bool succeeded = mode->run(manager, parser);
+    const bool succeeded = job->run(manager, parser);
     manager.info() << "Finished"; // commits the last line; this one stays uncommitted and unseen
     if (parser.isSet(report)) {
         const QLatin1String outcome(succeeded ? "SUCCESS" : "FAILURE");
-        writeReport(parser.value(report), mode->label + QLatin1Char(' ') + outcome,
+        writeReport(parser.value(report), job->label + QLatin1Char(' ') + outcome,
                     manager.getOutputLog());
     }
     return succeeded ? 0 : 1;

@@ -90,8 +90,8 @@ bool UpdaterManager::makeBackup(const QString &archivePath, bool withStatistics)
     info() << "Setting zip working dir to" << workingDirectory;
 
     QStringList arguments = {QStringLiteral("-r"), QStringLiteral("-1"), archivePath};
-    for (const ConfigurationGroup &group : configurationGroups())
-        arguments << group.directory;
+    for (const ConfigurationDirectory &directory : configurationDirectories())
+        arguments << directory.name;
     if (!withStatistics)
         arguments.removeLast();
     info() << "Starting zip with arguments:" << arguments;

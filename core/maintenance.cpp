@@ -185,10 +185,10 @@ bool UpdaterManager::restoreBackup(const QString &archivePath)
 
     const QDir extractionDirectory(extracted->path());
     std::map<QString, FileList> archivedFiles;
-    for (const ConfigurationGroup &group : configurationGroups()) {
-        const QDir source(extractionDirectory.absoluteFilePath(group.directory));
-        archivedFiles[group.directory] = FileManager::findFiles(source, {QStringLiteral("*")});
-        info() << group.heading << archivedFiles[group.directory];
+    for (const ConfigurationDirectory &directory : configurationDirectories()) {
+        const QDir source(extractionDirectory.absoluteFilePath(directory.name));
+        archivedFiles[directory.name] = FileManager::findFiles(source, {QStringLiteral("*")});
+        info() << directory.heading << archivedFiles[directory.name];
     }
 
     const QDir configDirectory = getConfigPath();
@@ -198,10 +198,10 @@ bool UpdaterManager::restoreBackup(const QString &archivePath)
     logOutcome("Backup", makeBackup(safetyBackup, true));
 
     bool restored = true;
-    for (const ConfigurationGroup &group : configurationGroups()) {
-        const QDir source(extractionDirectory.absoluteFilePath(group.directory));
-        const QDir destination(configDirectory.absoluteFilePath(group.directory));
-        const FileList &files = archivedFiles[group.directory];
+    for (const ConfigurationDirectory &directory : configurationDirectories()) {
+        const QDir source(extractionDirectory.absoluteFilePath(directory.name));
+        const QDir destination(configDirectory.absoluteFilePath(directory.name));
+        const FileList &files = archivedFiles[directory.name];
         restored = copyAndReplaceFiles(source, files, destination) && restored;
     }
     restartServices(productServices());
@@ -225,10 +225,9 @@ bool UpdaterManager::removeConfiguration()
         QFile::remove(resolvePath(configDirectory, oldBackup));
     }
     bool removed = true;
-    for (const ConfigurationGroup &group : configurationGroups()) {
-        QDir directory(configDirectory.absoluteFilePath(group.directory));
-        removed = directory.removeRecursively() && removed;
-    }
+    for (const ConfigurationDirectory &directory : configurationDirectories())
+        removed =
+            QDir(configDirectory.absoluteFilePath(directory.name)).removeRecursively() && removed;
     const bool flushed =
         checkNoProblem("The removal", Disk::flushFileSystems({configDirectory.path()}));
     restartServices(productServices());

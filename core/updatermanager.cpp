@@ -55,7 +55,7 @@ bool UpdaterManager::checkNoProblem(const char *what, const QString &problem) co
     return problem.isNull();
 }
 
-std::vector<UpdaterManager::ConfigurationGroup> UpdaterManager::configurationGroups()
+std::vector<UpdaterManager::ConfigurationDirectory> UpdaterManager::configurationDirectories()
 {
     return {
         {QStringLiteral("backend"), QStringLiteral("Found archived backend config:")},

@@ -1,4 +1,4 @@
-// UpdaterManager: the engine of one run, with all its operations and the operation log.
+// UpdaterManager: the engine of one job, with all operations and the operation log.
 
 #pragma once
 
@@ -33,7 +33,7 @@ public:
     /**
      * Commits the line written since the last call and returns the stream for the next one. Items
      * are separated by one blank and unquoted; callers do not change the stream's settings. The
-     * first line of a run is therefore empty, and the last one needs one more call.
+     * first line of a log is therefore empty, and the last one needs one more call.
      */
     QDebug &info() const;
 
@@ -43,8 +43,8 @@ public:
     /** The firmware configuration directory as seen below the root directory; not created. */
     QDir getConfigPath() const;
 
-    // Operations: one a run. Before they stop services, they block SIGHUP, SIGINT, SIGQUIT, SIGTERM
-    // and SIGTSTP until the process exits, so that these do not prevent the restart.
+    // Operations, one for each job. Before they stop services, they block SIGHUP, SIGINT, SIGQUIT,
+    // SIGTERM and SIGTSTP until the process exits, so that these do not prevent the restart.
 
     /**
      * Installs the firmware update archive at `archivePath` below the root directory. False when
@@ -110,15 +110,15 @@ private:
     static std::vector<QString> productServices();
 
     /** A directory of the configuration directory that backups contain. */
-    struct ConfigurationGroup
+    struct ConfigurationDirectory
     {
-        QString directory;
+        QString name;
         /** The log's words before the files that a restore finds. */
         QString heading;
     };
 
     /** In the order of their restore; the last one holds the statistics. */
-    static std::vector<ConfigurationGroup> configurationGroups();
+    static std::vector<ConfigurationDirectory> configurationDirectories();
 
     QDir rootDirectory;
     bool verbose;
