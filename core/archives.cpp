@@ -45,7 +45,7 @@ bool runZip(const UpdaterManager &manager, const QStringList &arguments,
 {
     CommandSettings settings;
     settings.workingDirectory = workingDirectory;
-    settings.startLimit = 0; // its limit counts from the start of the command
+    settings.startLimit = 0; // its limit includes the time that it takes to start
     settings.finishLimit = 120000;
     // Ctrl-C can end the tool first: zip reports its own end on standard error before it removes
     // its temporary file, and SIGPIPE would end it there.

@@ -18,8 +18,8 @@ struct Copy
 };
 
 /**
- * The copies of a list that replaced no file, by inode: with a link "e -> c" in the destination,
- * "e/d" of the list replaces the new "c/d", which then differs from its source.
+ * Copies that replaced no file and are yet to be compared, by inode: with a link "e -> c" in the
+ * destination, a list's "e/d" replaces its new "c/d", which then differs from its own source.
  */
 using NewFiles = std::map<Disk::FileId, Copy>;
 

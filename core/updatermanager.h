@@ -99,10 +99,10 @@ public:
 
     // What several steps log.
 
-    /** Logs whether `step` succeeded; a `failure` follows "failed". Returns `succeeded`. */
+    /** Logs whether `step` succeeded; `failure` is appended to "failed". Returns `succeeded`. */
     bool logOutcome(const char *step, bool succeeded, const QString &failure = QString()) const;
 
-    /** True if `problem` is null. Logs it otherwise: it says what happened to `what`. */
+    /** True if `problem` is null. Else logs `what` and the problem, such as "could not ...". */
     bool checkNoProblem(const char *what, const QString &problem) const;
 
 private:

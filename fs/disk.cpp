@@ -77,8 +77,8 @@ QString Disk::copyFileOntoDisk(const QString &from, const QString &to)
     QString problem = copyFile(from, to);
     if (!problem.isNull())
         return problem;
-    // Without fsync(), which also reports a lost journal: that loses the removal and the renaming
-    // that follow, too, and the fsync() of their directory reports it.
+    // syncfs() alone: a lost journal, which only fsync() reports, also loses the removal and the
+    // renaming that follow, and then the fsync() of their directory reports it.
     problem = flush(to, ::syncfs);
     // Before Linux 5.8 the flush reports no lost write, and QFile::copy() discards its own report.
     if (problem.isNull())
@@ -97,7 +97,7 @@ Disk::FileId Disk::fileId(const QString &path)
 
 QString Disk::compareCopy(const QString &source, const QString &copy)
 {
-    constexpr qint64 blockSize = 65536;
+    constexpr qint64 blockSize = 4096; // QFile hides an error after the first page of a block
     QFile original(source);
     QFile written(copy);
     const auto readProblem = [](const QFile &file) {

@@ -2,7 +2,7 @@
 //
 // What is flushed when: the copy that replaces a file before the old file is removed; all else that
 // a job changes (new files, directories, archives, removals) once, at the end of each group or
-// step; the report last. Success is claimed only after that.
+// step; the report last. Success is claimed only after the flush of what has succeeded.
 
 #pragma once
 
@@ -35,10 +35,10 @@ QString flushFileSystems(const std::set<QString> &paths);
 /** Copies the file `from` to `to`, which must not exist, with its mode; no copy if that fails. */
 QString copyFile(const QString &from, const QString &to);
 
-/** As copyFile(), but the copy with its mode and name is also flushed and compared with `from`. */
+/** As copyFile(), but the copy is also flushed, and its content compared with that of `from`. */
 QString copyFileOntoDisk(const QString &from, const QString &to);
 
-/** Reads a copy that was flushed back from the disk and compares it with its source. */
+/** Compares `source` with `copy`, which was flushed and is read from the disk. */
 QString compareCopy(const QString &source, const QString &copy);
 
 } // namespace Disk

@@ -99,6 +99,7 @@ void TestCore::unreadableSourceIsNoEqualContent()
     const QString problem = "could not be verified: /proc/self/mem: Input/output error";
     QCOMPARE(Disk::compareCopy(unreadable, empty), problem);
     QCOMPARE(Disk::compareCopy(empty, unreadable), problem);
+    QVERIFY(Disk::compareCopy(device.path("absent"), empty).contains("absent: No such file"));
 }
 
 QTEST_GUILESS_MAIN(TestCore)
