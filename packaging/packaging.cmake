@@ -21,17 +21,17 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/docs/ostrel-updater.8.gz"
     DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/docs/changelog.gz" docs/copyright
     DESTINATION "${CMAKE_INSTALL_DOCDIR}")
-install(FILES app/ostrel-updater.bash-completion
+install(FILES packaging/ostrel-updater.bash-completion
     DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
     RENAME ostrel-updater)
-install(PROGRAMS app/ostrel-job DESTINATION "${CMAKE_INSTALL_BINDIR}")
+install(PROGRAMS device/ostrel-job DESTINATION "${CMAKE_INSTALL_BINDIR}")
 # Units are below /usr since Debian 13.
 set(unitDirectory lib/systemd/system)
 file(STRINGS /etc/os-release older REGEX "^VERSION_ID=\"1[0-2]\"")
 if(older)
     set(unitDirectory /lib/systemd/system)
 endif()
-install(FILES app/ostrel-resume.service DESTINATION "${unitDirectory}")
+install(FILES device/ostrel-resume.service DESTINATION "${unitDirectory}")
 
 # Both commands have one manual page and one completion.
 foreach(link IN ITEMS
@@ -69,6 +69,6 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "systemd, unzip, zip")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS dbus) # systemd-run, in ostrel-job
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA
-    "${PROJECT_SOURCE_DIR}/cmake/postinst" "${PROJECT_SOURCE_DIR}/cmake/postrm")
+    "${PROJECT_SOURCE_DIR}/packaging/postinst" "${PROJECT_SOURCE_DIR}/packaging/postrm")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 include(CPack)
