@@ -25,6 +25,7 @@ install(FILES packaging/ostrel-updater.bash-completion
     DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
     RENAME ostrel-updater)
 install(PROGRAMS device/ostrel-job DESTINATION "${CMAKE_INSTALL_BINDIR}")
+install(PROGRAMS device/run-job DESTINATION lib/ostrel-updater)
 # Units are below /usr since Debian 13.
 set(unitDirectory lib/systemd/system)
 file(STRINGS /etc/os-release older REGEX "^VERSION_ID=\"1[0-2]\"")
@@ -67,8 +68,8 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}
 # The libraries are found from the executable; the programs that it runs are not.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "systemd, unzip, zip")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS dbus) # systemd-run, in ostrel-job
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA
-    "${PROJECT_SOURCE_DIR}/packaging/postinst" "${PROJECT_SOURCE_DIR}/packaging/postrm")
+    "${PROJECT_SOURCE_DIR}/packaging/postinst" "${PROJECT_SOURCE_DIR}/packaging/postrm"
+    "${PROJECT_SOURCE_DIR}/packaging/prerm")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 include(CPack)
