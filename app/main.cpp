@@ -79,8 +79,8 @@ const Job *chosenJob(const QCommandLineParser &parser)
 }
 
 /**
- * Saves the log under its heading and puts it on the disk. A failure is silent: the exit status
- * stands for the operation alone.
+ * Saves the log under its heading and puts it on the disk, unless `path` is empty. A failure is
+ * silent: the exit status stands for the operation alone.
  */
 void writeReport(const QString &path, const QString &heading, const QStringList &log)
 {
@@ -127,10 +127,7 @@ int main(int argc, char *argv[])
 
     const bool succeeded = job->run(manager, parser);
     manager.info() << "Finished"; // commits the last line; this one stays uncommitted and unseen
-    if (parser.isSet(report)) {
-        const QLatin1String outcome(succeeded ? "SUCCESS" : "FAILURE");
-        writeReport(parser.value(report), job->label + QLatin1Char(' ') + outcome,
-                    manager.getOutputLog());
-    }
+    const QLatin1String outcome(succeeded ? " SUCCESS" : " FAILURE");
+    writeReport(parser.value(report), job->label + outcome, manager.getOutputLog());
     return succeeded ? 0 : 1;
 }

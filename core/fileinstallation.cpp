@@ -18,8 +18,8 @@ struct Copy
 };
 
 /**
- * Copies that replaced no file and are yet to be compared, by inode: with a link "e -> c" in the
- * destination, a list's "e/d" replaces its new "c/d", which then differs from its own source.
+ * New files, which replaced none, to be compared with their sources after the flush. By inode: if
+ * e links to c in the destination, a list's "e/d" replaces its own new "c/d", compared no more.
  */
 using NewFiles = std::map<Disk::FileId, Copy>;
 

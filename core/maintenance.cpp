@@ -10,6 +10,7 @@
 #include <QSysInfo>
 #include <QThread>
 
+#include <array>
 #include <csignal>
 #include <map>
 
@@ -18,27 +19,19 @@ namespace {
 /** A directory of an update archive, and where its files are installed below the root directory. */
 struct InstallGroup
 {
-    QString archiveDirectory;
-    QString destination;
-    QStringList namePatterns;
+    const char *archiveDirectory;
+    const char *destination;
+    const char *pattern;
 };
 
-std::vector<InstallGroup> installGroups()
-{
-    const auto group = [](const char *archiveDirectory, const char *destination,
-                          const char *pattern) {
-        return InstallGroup{
-            QLatin1String(archiveDirectory), QLatin1String(destination), {QLatin1String(pattern)}};
-    };
-    return {
-        group("bin", "opt/ostrel", "*"),
-        group("systemd-services", "lib/systemd/system", "*.service"),
-        group("udev", "etc/udev/rules.d", "*.rules"),
-        group("systemd-network", "etc/systemd/network", "*.network"),
-        group("wireless", "opt/wireless", "*"),
-        group("usr-local", "usr/local", "*"),
-    };
-}
+const std::array<InstallGroup, 6> installGroups = {{
+    {"bin", "opt/ostrel", "*"},
+    {"systemd-services", "lib/systemd/system", "*.service"},
+    {"udev", "etc/udev/rules.d", "*.rules"},
+    {"systemd-network", "etc/systemd/network", "*.network"},
+    {"wireless", "opt/wireless", "*"},
+    {"usr-local", "usr/local", "*"},
+}};
 
 /** The text of the package's version.txt; empty on failure, with the reason in the log. */
 QString readVersionText(const UpdaterManager &manager, const QDir &package)
@@ -143,8 +136,6 @@ QString safetyBackupPath(const QDir &configDirectory)
 
 } // namespace
 
-// "x = f() && x": all groups and directories are attempted, also after one of them has failed.
-
 bool UpdaterManager::updateFirmware(const QString &archivePath)
 {
     info() << "UPDATING FIRMWARE";
@@ -156,18 +147,20 @@ bool UpdaterManager::updateFirmware(const QString &archivePath)
         return false;
 
     const auto installGroup = [this, extractionDirectory](const InstallGroup &group) {
-        const QDir source(extractionDirectory.absoluteFilePath(group.archiveDirectory));
-        const FileList files = FileManager::findFiles(source, group.namePatterns);
-        info() << group.archiveDirectory << "files:" << files;
-        return copyAndReplaceFiles(source, files,
-                                   QDir(rootDirectory.absoluteFilePath(group.destination)));
+        const QLatin1String name(group.archiveDirectory);
+        const QDir source(extractionDirectory.absoluteFilePath(name));
+        const QDir destination(rootDirectory.absoluteFilePath(QLatin1String(group.destination)));
+        const FileList files = FileManager::findFiles(source, {QLatin1String(group.pattern)});
+        info() << name << "files:" << files;
+        return copyAndReplaceFiles(source, files, destination);
     };
 
     blockEndingSignals();
     stopServices(productServices());
     bool installed = true;
-    for (const InstallGroup &group : installGroups())
-        installed = installGroup(group) && installed;
+    for (const InstallGroup &group : installGroups)
+        if (!installGroup(group))
+            installed = false;
     runCommand(QStringLiteral("systemctl"), {QStringLiteral("daemon-reload")});
     restartServices(productServices());
     return installed;
@@ -201,8 +194,8 @@ bool UpdaterManager::restoreBackup(const QString &archivePath)
     for (const ConfigurationDirectory &directory : configurationDirectories()) {
         const QDir source(extractionDirectory.absoluteFilePath(directory.name));
         const QDir destination(configDirectory.absoluteFilePath(directory.name));
-        const FileList &files = archivedFiles[directory.name];
-        restored = copyAndReplaceFiles(source, files, destination) && restored;
+        if (!copyAndReplaceFiles(source, archivedFiles[directory.name], destination))
+            restored = false;
     }
     restartServices(productServices());
     return restored;
@@ -226,10 +219,10 @@ bool UpdaterManager::removeConfiguration()
     }
     bool removed = true;
     for (const ConfigurationDirectory &directory : configurationDirectories())
-        removed =
-            QDir(configDirectory.absoluteFilePath(directory.name)).removeRecursively() && removed;
-    const bool flushed =
-        checkNoProblem("The removal", Disk::flushFileSystems({configDirectory.path()}));
+        if (!QDir(configDirectory.absoluteFilePath(directory.name)).removeRecursively())
+            removed = false;
+    if (!checkNoProblem("The removal", Disk::flushFileSystems({configDirectory.path()})))
+        removed = false;
     restartServices(productServices());
-    return removed && flushed;
+    return removed;
 }

@@ -1,5 +1,4 @@
-// The operation log and the configuration's location. The log is an interface: other programs parse
-// its lines, so "successfull", "successfuly", doubled blanks and the blank that ends a line stay.
+// The operation log and the configuration's location.
 
 #include "core/updatermanager.h"
 
@@ -66,6 +65,7 @@ std::vector<UpdaterManager::ConfigurationDirectory> UpdaterManager::configuratio
 
 QDir UpdaterManager::getConfigPath() const
 {
+    // Its name and root do not matter: the parent directory is the same for all.
     static FileManager manager(QStringLiteral("updater"), FileManager::DataRoot);
     const QString belowRoot = QLatin1Char('.') + manager.getParentDirectory().absolutePath();
     return QDir(QDir::cleanPath(rootDirectory.absoluteFilePath(belowRoot)));

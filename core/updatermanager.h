@@ -1,4 +1,12 @@
 // UpdaterManager: the engine of one job, with all operations and the operation log.
+//
+// Others rely on the following, which does not change; all else is a choice and may be changed:
+// - the options, the exit status, and the first line of a report;
+// - the order of the steps, and the log's lines with their spelling ("successfull") and blanks;
+// - the names of this class's members and FileManager's, of services and of directories;
+// - the formats of archives, and that zip packs from the configuration directory;
+// - that an old file is removed before its replacement is renamed;
+// - that a restore and a removal continue after their safety backup has failed.
 
 #pragma once
 
@@ -24,6 +32,8 @@ class UpdaterManager : public QObject
     Q_OBJECT
 
 public:
+    // updatermanager.cpp
+
     /**
      * `rootPath`: the directory below which the device's files are; stored unchanged, not tested.
      * `echo`: collect the log and print it on standard error when the manager is destroyed.
@@ -43,7 +53,13 @@ public:
     /** The firmware configuration directory as seen below the root directory; not created. */
     QDir getConfigPath() const;
 
-    // Operations, one for each job. Before they stop services, they block SIGHUP, SIGINT, SIGQUIT,
+    /** Logs whether `step` succeeded; `failure` is appended to "failed". Returns `succeeded`. */
+    bool logOutcome(const char *step, bool succeeded, const QString &failure = QString()) const;
+
+    /** True if `problem` is null. Else logs `what` and the problem, such as "could not ...". */
+    bool checkNoProblem(const char *what, const QString &problem) const;
+
+    // maintenance.cpp. Before they stop services, these operations block SIGHUP, SIGINT, SIGQUIT,
     // SIGTERM and SIGTSTP until the process exits, so that these do not prevent the restart.
 
     /**
@@ -61,6 +77,14 @@ public:
     bool restoreBackup(const QString &archivePath);
 
     /**
+     * Removes the configuration and older backups, after a safety backup. True when the
+     * configuration's directories are removed, and the removal is on the disk.
+     */
+    bool removeConfiguration();
+
+    // archives.cpp
+
+    /**
      * Packs the configuration into a zip archive. A relative `archivePath` counts from the
      * configuration directory; an existing archive is updated in place. True when the archive is
      * on the disk. Also a building block: it stops no services and blocks no signals.
@@ -68,18 +92,12 @@ public:
     bool makeBackup(const QString &archivePath, bool withStatistics);
 
     /**
-     * Removes the configuration and older backups, after a safety backup. True when the
-     * configuration's directories are removed, and the removal is on the disk.
-     */
-    bool removeConfiguration();
-
-    // Building blocks.
-
-    /**
      * Unpacks the archive at `archivePath` (relative to the working directory) into a new
      * temporary directory, which its owner deletes. Null unless the whole archive was unpacked.
      */
     std::unique_ptr<QTemporaryDir> unzipToTemp(const QString &archivePath);
+
+    // services.cpp
 
     /** Stops systemd services, in list order; only the log reports a failure. */
     void stopServices(const std::vector<QString> &services);
@@ -90,6 +108,8 @@ public:
     /** Restarts those of the systemd services that are enabled; only the log reports a failure. */
     void restartServices(const std::vector<QString> &services);
 
+    // fileinstallation.cpp
+
     /**
      * Copies each of `files` from below `from` to the same path below `to`, which is created. An
      * existing file is removed only once its replacement beside it, ".new", is on the disk. Stops
@@ -97,17 +117,8 @@ public:
      */
     bool copyAndReplaceFiles(const QDir &from, const FileList &files, const QDir &to);
 
-    // What several steps log.
-
-    /** Logs whether `step` succeeded; `failure` is appended to "failed". Returns `succeeded`. */
-    bool logOutcome(const char *step, bool succeeded, const QString &failure = QString()) const;
-
-    /** True if `problem` is null. Else logs `what` and the problem, such as "could not ...". */
-    bool checkNoProblem(const char *what, const QString &problem) const;
-
 private:
-    /** The product's services, in the order in which they are stopped and restarted. */
-    static std::vector<QString> productServices();
+    // updatermanager.cpp
 
     /** A directory of the configuration directory that backups contain. */
     struct ConfigurationDirectory
@@ -119,6 +130,11 @@ private:
 
     /** In the order of their restore; the last one holds the statistics. */
     static std::vector<ConfigurationDirectory> configurationDirectories();
+
+    // services.cpp
+
+    /** The product's services, in the order in which they are stopped and restarted. */
+    static std::vector<QString> productServices();
 
     QDir rootDirectory;
     bool verbose;

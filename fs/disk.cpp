@@ -46,15 +46,12 @@ QString Disk::flushFileSystems(const std::set<QString> &paths)
             return notWritten + qt_error_string(errno);
         }
         fileSystems.emplace(status.st_dev, path);
-        const QString problem = flush(path, ::fsync);
-        if (!problem.isNull())
+        if (const QString problem = flush(path, ::fsync); !problem.isNull())
             return problem;
     }
-    for (const auto &[device, path] : fileSystems) {
-        const QString problem = flush(path, ::syncfs);
-        if (!problem.isNull())
+    for (const auto &[device, path] : fileSystems)
+        if (const QString problem = flush(path, ::syncfs); !problem.isNull())
             return problem;
-    }
     return QString();
 }
 
@@ -77,10 +74,10 @@ QString Disk::copyFileOntoDisk(const QString &from, const QString &to)
     QString problem = copyFile(from, to);
     if (!problem.isNull())
         return problem;
-    // syncfs() alone: a lost journal, which only fsync() reports, also loses the removal and the
-    // renaming that follow, and then the fsync() of their directory reports it.
+    // fsync() would also report a journal that cannot be written. Then the removal and the renaming
+    // that follow are lost too, and the flush of their directory reports it.
     problem = flush(to, ::syncfs);
-    // Before Linux 5.8 the flush reports no lost write, and QFile::copy() discards its own report.
+    // Before Linux 5.8 only this finds a lost write: QFile::copy() hides its own flush's error.
     if (problem.isNull())
         problem = compareCopy(from, to);
     if (!problem.isNull())

@@ -5,7 +5,6 @@
 #include <QFile>
 #include <QStandardPaths>
 
-#include <algorithm>
 #include <functional>
 
 namespace {
@@ -47,32 +46,26 @@ bool FileManager::exists(const QString &name) const { return directory.exists(na
 
 FileList FileManager::findFiles(const QDir &start, const QStringList &patterns)
 {
-    const QDir base = start;
     // Only the directories from the start down to the current one: a tree that reaches one
     // directory by two links has no cycle, and its files belong in the list under both paths.
-    std::vector<QString> enclosing;
-
-    std::function<FileList(const QDir &, const QStringList &)> recurse;
-    recurse = [&](const QDir &current, const QStringList &namePatterns) {
-        FileList found;
-        const QString canonicalPath = current.canonicalPath();
-        if (std::find(enclosing.cbegin(), enclosing.cend(), canonicalPath) != enclosing.cend())
+    QStringList enclosing;
+    const std::function<FileList(const QDir &, const QStringList &)> recurse =
+        [&, base = start](const QDir &current, const QStringList &namePatterns) {
+            FileList found;
+            const QString canonicalPath = current.canonicalPath();
+            if (enclosing.contains(canonicalPath))
+                return found;
+            enclosing.append(canonicalPath);
+            for (const QString &name : current.entryList(namePatterns, QDir::Files, QDir::NoSort))
+                found.push_back(base.relativeFilePath(resolvePath(current, name)));
+            const QDir::Filters subdirectories = QDir::Dirs | QDir::NoDotAndDotDot;
+            for (const QString &name : current.entryList(subdirectories, QDir::NoSort)) {
+                const FileList below = recurse(QDir(resolvePath(current, name)), namePatterns);
+                found.insert(found.end(), below.cbegin(), below.cend());
+            }
+            enclosing.removeLast();
             return found;
-        enclosing.push_back(canonicalPath);
-
-        const QStringList subdirectories =
-            current.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::NoSort);
-        const QStringList files = current.entryList(namePatterns, QDir::Files, QDir::NoSort);
-        for (const QString &name : files)
-            found.push_back(base.relativeFilePath(resolvePath(current, name)));
-        for (const QString &name : subdirectories) {
-            const FileList below = recurse(QDir(resolvePath(current, name)), namePatterns);
-            found.insert(found.end(), below.cbegin(), below.cend());
-        }
-
-        enclosing.pop_back();
-        return found;
-    };
+        };
     return recurse(start, patterns);
 }
 
