@@ -58,7 +58,7 @@ make_tree() {
 # the script runs.
 prepare() {
     suite=$1 packages=${*:2} apart=
-    [ "$(id -u)" = 0 ] || unavailable 'only root can make name spaces'
+    [ "$(id -u)" = 0 ] || unavailable 'run it as root, who may make name spaces'
     tools/install-packages apart >/dev/null 2>&1 || unavailable 'debootstrap cannot be installed'
     tree=${XDG_CACHE_HOME:-$HOME/.cache}/ostrel-updater/$(echo "$@" | tr ' :' '+_')
     umask 022
