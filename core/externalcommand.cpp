@@ -30,8 +30,8 @@ private:
 /** Ends a running command. SIGTERM may be blocked in it; zip cleans up at SIGABRT as well. */
 void endProcess(QProcess &process)
 {
-    ::kill(static_cast<pid_t>(process.processId()), SIGABRT);
-    if (process.waitForFinished(graceMilliseconds))
+    const auto id = static_cast<pid_t>(process.processId());
+    if (id <= 0 || (::kill(id, SIGABRT) == 0 && process.waitForFinished(graceMilliseconds)))
         return;
     process.kill();
     process.waitForFinished();

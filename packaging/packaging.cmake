@@ -35,15 +35,13 @@ endif()
 install(FILES device/ostrel-resume.service DESTINATION "${unitDirectory}")
 
 # Both commands have one manual page and one completion.
-foreach(link IN ITEMS
-        "${CMAKE_INSTALL_MANDIR}/man8/ostrel-job.8.gz ostrel-updater.8.gz"
-        "${CMAKE_INSTALL_DATADIR}/bash-completion/completions/ostrel-job ostrel-updater")
-    string(REGEX MATCH "(.*)/(.*) (.*)" match "${link}")
-    execute_process(COMMAND "${CMAKE_COMMAND}" -E create_symlink
-        "${CMAKE_MATCH_3}" "${CMAKE_CURRENT_BINARY_DIR}/docs/${CMAKE_MATCH_2}")
-    install(FILES "${CMAKE_CURRENT_BINARY_DIR}/docs/${CMAKE_MATCH_2}"
-        DESTINATION "${CMAKE_MATCH_1}")
-endforeach()
+function(install_link directory name target)
+    set(link "${CMAKE_CURRENT_BINARY_DIR}/docs/${name}")
+    execute_process(COMMAND "${CMAKE_COMMAND}" -E create_symlink "${target}" "${link}")
+    install(FILES "${link}" DESTINATION "${directory}")
+endfunction()
+install_link("${CMAKE_INSTALL_MANDIR}/man8" ostrel-job.8.gz ostrel-updater.8.gz)
+install_link("${CMAKE_INSTALL_DATADIR}/bash-completion/completions" ostrel-job ostrel-updater)
 
 # The directories of the package would have the modes that the umask leaves. Only CPack installs
 # below a directory of that name; an ordinary installation changes no mode.
