@@ -70,14 +70,13 @@ Run Device::run(const QStringList &arguments, const QString &setup) const
 
 void Device::start(QProcess &tool, const QStringList &arguments, const QString &setup) const
 {
-    const QString prelude = "stand_ins='" OSTREL_STAND_INS "' faketime='" OSTREL_FAKETIME "'\n"
-                            "OTHER_DISK='" +
-                            otherDisk.path() + "'\n. '" OSTREL_PRELUDE "'\n";
+    const QString script = "source='" OSTREL_SOURCE "' faketime='" OSTREL_FAKETIME "'\n"
+                           "OTHER_DISK='%1'\n. \"$source/tests/prelude.sh\"\n"
+                           "%2\nIFS='\n'\nexec $LAUNCHER \"$@\"";
+    const QStringList command = QString(OSTREL_TOOL "|--root|root|--report|report").split('|');
     tool.setWorkingDirectory(scratch.path());
     tool.start("sh",
-               QStringList{"-c", prelude + setup + "\nIFS='\n'\nexec $LAUNCHER \"$@\"", "sh"} +
-                   QString(OSTREL_TOOL).split('|') +
-                   QStringList{"--root", "root", "--report", "report"} + arguments);
+               QStringList{"-c", script.arg(otherDisk.path(), setup), "sh"} + command + arguments);
 }
 
 Run Device::finish(QProcess &tool) const

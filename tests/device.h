@@ -1,4 +1,4 @@
-// A scratch device for tests, with a scripted systemctl, and runs of the built tool on it.
+// A scratch device for runs of the built tool, with a scripted systemctl.
 
 #pragma once
 
@@ -8,9 +8,8 @@
 #include <QTemporaryDir>
 
 /**
- * Starts a program as a shell does: in a process group of its own, with no signal ignored. Under
- * qemu's user emulation processId() of a plain QProcess is -1: it uses clone() with a pidfd, a
- * class derived from it fork().
+ * In a process group of its own, with no signal ignored. Under qemu, which lacks clone() with a
+ * pidfd, only a class derived from QProcess has a processId().
  */
 class Process : public QProcess
 {
@@ -18,13 +17,12 @@ protected:
     void setupChildProcess() override;
 };
 
-/** The result of a run of the tool. */
 struct Run
 {
     /** Negative: the number of the signal that ended it. */
     int exitStatus;
     QString console;
-    /** Without the lists of files that zip and unzip print, whose order is the file system's. */
+    /** Without the files that zip and unzip list in the file system's order. */
     QString report;
 };
 
@@ -36,13 +34,13 @@ public:
     Device();
 
     QString path(const QString &relative) const;
-    /** The configuration directory, as seen below the root directory "root". */
+    /** The configuration directory below "root". */
     QString config() const;
 
     void write(const QString &below, const QString &files) const;
     QString files(const QString &below) const;
 
-    /** Runs the tool from a shell that has run `setup`; through $LAUNCHER, if that is set. */
+    /** Runs the tool from a shell that has run `setup`. */
     Run run(const QStringList &arguments, const QString &setup = QString()) const;
     void start(QProcess &tool, const QStringList &arguments, const QString &setup) const;
     Run finish(QProcess &tool) const;
@@ -54,5 +52,4 @@ private:
     QTemporaryDir otherDisk;
 };
 
-/** Runs another program in a directory. */
 void runIn(const QString &directory, const QString &program, const QStringList &arguments);

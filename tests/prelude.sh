@@ -1,30 +1,24 @@
-# Shell commands before each run of the tool and its own setup, which can use $CONFIG, the
-# configuration directory, and $OTHER_DISK, a directory on another disk.
+# Shell commands before the setup of a case, which can use $CONFIG and $OTHER_DISK, a directory on
+# another disk.
 # shellcheck shell=sh disable=SC2034,SC2154 # variables for the case, and from the test program
-export PATH="$stand_ins:$PATH" HOME="$PWD/home" TMPDIR="$PWD/tmp" SYSTEMCTL_STATE="$PWD/state"
+export PATH="$source/tools/stand-ins:$PATH" HOME="$PWD/home" TMPDIR="$PWD/tmp" SYSTEMCTL_STATE="$PWD/state"
 export LC_ALL=C # as where a service manager starts the tool
 unset XDG_DATA_HOME
 CONFIG=$PWD/root$HOME/.local/share/.ostrelsmart
 LAUNCHER=
-hangs='echo asked; trap "" ABRT; while :; do :; done'
 
-# through PROGRAM ARGUMENT...: another program starts the tool, which follows as its last arguments.
+# through PROGRAM ARGUMENT...: this program starts the tool.
 through() {
     export ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0
     LAUNCHER=$(printf '%s\n' "$@")
 }
 
-# inject CALL FAULT OPTION...: strace makes some of the tool's system calls fail, or kills it there.
+# inject CALL FAULT OPTION...: strace makes system calls of the tool fail, or kills it there.
 inject() {
     call=$1
     fault=$2
     shift 2
     through strace -qq -o trace -e "trace=$call" -e "inject=$call:$fault" "$@"
-}
-
-# record_flushes: records what is flushed, read back and removed, for the key of this name.
-record_flushes() {
-    through strace -qqy -o trace -e trace=fadvise64,fsync,syncfs,unlink
 }
 
 # clock SETTING: a clock that runs fast or starts at a time; set last.

@@ -46,24 +46,23 @@ void TestCore::logCommitsALineWithTheNextOne()
 void TestCore::configurationLiesBelowTheRoot()
 {
     const QString configuration = device.path("data/.ostrelsmart");
-    const QMap<QString, QString> prefixes = {
+    const std::map<QString, QString> prefixes = {
         {"/", ""}, {"/mnt/image/", "/mnt/image"}, {"image/..", QDir::currentPath()}};
-    for (auto root = prefixes.begin(); root != prefixes.end(); ++root) {
-        const UpdaterManager manager(root.key(), false, nullptr);
-        QCOMPARE(manager.getConfigPath().path(), root.value() + configuration);
-    }
+    for (const auto &[root, prefix] : prefixes)
+        QCOMPARE(UpdaterManager(root, false, nullptr).getConfigPath().path(),
+                 prefix + configuration);
     QVERIFY(!QDir(configuration).exists());
 }
 
 void TestCore::fileManagerNamesItsDirectory()
 {
     const QString common = device.path("data/.ostrelsmart");
-    FileManager installed("a", FileManager::ApplicationRoot);
-    QCOMPARE(installed.getDirectory().path(), QCoreApplication::applicationDirPath() + "/a");
-    QCOMPARE(installed.getParentDirectory().path(), common);
+    QCOMPARE(FileManager("a", FileManager::ApplicationRoot).getDirectory().path(),
+             QCoreApplication::applicationDirPath() + "/a");
     QCOMPARE(FileManager("a", static_cast<FileManager::Root>(2)).getDirectory(), QDir("."));
 
     const FileManager manager("x/y", FileManager::DataRoot);
+    QCOMPARE(FileManager("a", FileManager::DataRoot).getParentDirectory().path(), common);
     manager.createDirectory();
     QVERIFY(QDir(common + "/x/y").exists());
     device.write(common + "/x/y", "good.xml=<a><b/></a>; bad.xml=<a>");
