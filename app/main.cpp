@@ -128,6 +128,7 @@ int main(int argc, char *argv[])
     const bool succeeded = job->run(manager, parser);
     manager.info() << "Finished"; // commits the last line; this one stays uncommitted and unseen
     const QLatin1String outcome(succeeded ? " SUCCESS" : " FAILURE");
-    writeReport(parser.value(report), job->label + outcome, manager.getOutputLog());
+    if (parser.isSet(report))
+        writeReport(parser.value(report), job->label + outcome, manager.getOutputLog());
     return succeeded ? 0 : 1;
 }

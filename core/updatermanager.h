@@ -136,6 +136,8 @@ private:
     /** The product's services, in the order in which they are stopped and restarted. */
     static std::vector<QString> productServices();
 
+    // The state.
+
     QDir rootDirectory;
     bool verbose;
     mutable QString pendingLine;

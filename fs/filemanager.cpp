@@ -56,10 +56,11 @@ FileList FileManager::findFiles(const QDir &start, const QStringList &patterns)
             if (enclosing.contains(canonicalPath))
                 return found;
             enclosing.append(canonicalPath);
+            const QStringList subdirectories =
+                current.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::NoSort);
             for (const QString &name : current.entryList(namePatterns, QDir::Files, QDir::NoSort))
                 found.push_back(base.relativeFilePath(resolvePath(current, name)));
-            const QDir::Filters subdirectories = QDir::Dirs | QDir::NoDotAndDotDot;
-            for (const QString &name : current.entryList(subdirectories, QDir::NoSort)) {
+            for (const QString &name : subdirectories) {
                 const FileList below = recurse(QDir(resolvePath(current, name)), namePatterns);
                 found.insert(found.end(), below.cbegin(), below.cend());
             }

@@ -41,7 +41,7 @@ make_tree() {
     release=$(. /etc/os-release && echo "$VERSION_CODENAME")
     site=$(apt-get indextargets --format '$(SITE)' "Codename: $release" | head -n 1)
     new=$scratch/tree
-    debootstrap --variant=minbase "$suite" "$new" "$site"
+    debootstrap --variant=minbase "$suite" "$new" "$site" || exit 77
     for architecture in $(printf '%s\n' $packages | sed -n 's/.*://p'); do
         inside "$new" dpkg --add-architecture "$architecture"
     done
@@ -65,8 +65,10 @@ prepare() {
     mkdir -p "${tree%/*}" || unavailable 'the cache cannot be written'
     scratch=$(mktemp -d "$tree.XXXXXX")
     trap clean_up EXIT
-    run_apart make_tree &>"$scratch/log" ||
-        unavailable "$suite cannot be had: $(tail -n 1 "$scratch/log")"
+    run_apart make_tree &>"$scratch/log" && return
+    [ $? -ne 77 ] || unavailable "$suite cannot be had: $(tail -n 1 "$scratch/log")"
+    cat "$scratch/log" >&2
+    exit 1
 }
 
 # Makes $tree the file system of $scratch/machine, in run_apart. What is changed there is in memory.
