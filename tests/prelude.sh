@@ -1,7 +1,8 @@
 # Shell commands before the setup of a case, which can use $CONFIG and $OTHER_DISK, a directory on
 # another disk.
 # shellcheck shell=sh disable=SC2034,SC2154 # variables for the case, and from the test program
-export PATH="$source/tools/stand-ins:$PATH" HOME="$PWD/home" TMPDIR="$PWD/tmp" SYSTEMCTL_STATE="$PWD/state"
+export PATH="$source/tools/stand-ins:$PATH" HOME="$PWD/home"
+export TMPDIR="$PWD/tmp" SYSTEMCTL_STATE="$PWD/state"
 export LC_ALL=C # as where a service manager starts the tool
 unset XDG_DATA_HOME
 CONFIG=$PWD/root$HOME/.local/share/.ostrelsmart
